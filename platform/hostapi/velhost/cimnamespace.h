@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The in-process CIM namespace that a host hands to its plug-ins.
+#pragma once
+
+#include <boost/shared_ptr.hpp>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "vel/cim.h"
+#include "vel/export.h"
+
+namespace NKRXVEL20::host {
+
+enum class CimOperation {
+  kGetClass,
+  kCreateInstance,
+  kEnumerateInstances,
+  kGetProperty,
+  kSetProperty,
+  kAddToClass,
+};
+
+// A framework call that is made to fail. Calls are counted over the namespace's life and only those
+// that plug-ins make; an empty class or property matches all.
+struct Fault {
+  CimOperation operation = CimOperation::kGetClass;
+  std::string className;
+  std::string propertyName;
+  std::optional<unsigned> nth;  // the one matching call, from 1, that fails; nullopt: each
+  bool throwsRuntimeError = false;  // std::runtime_error instead of TVELException code 1
+};
+
+// Property values in the order in which each was first set.
+using PropertyList = std::vector<std::pair<std::string, TCIMValue>>;
+
+struct PublishedInstance {
+  std::string className;
+  PropertyList properties;
+};
+
+class VEL_API CimNamespace : public ICIMNamespace {
+ public:
+  // `missingClasses`: classes of the schema that this namespace does not have.
+  CimNamespace(std::vector<std::string> missingClasses, std::vector<Fault> faults);
+  ~CimNamespace() override;
+
+  CimNamespace(const CimNamespace&) = delete;
+  CimNamespace& operator=(const CimNamespace&) = delete;
+
+  boost::shared_ptr<ICIMClass> GetClass(const std::string& name, TCIMValueMap context) override;
+
+  // A handle that names a class in a request, also for a class that is missing here. Meets no
+  // fault. Raises kErrorClassNotFound for a name that the schema does not have.
+  boost::shared_ptr<ICIMClass> requestClass(const std::string& name);
+
+  // Fills in an instance as another collector would have. Meets no fault. Raises what
+  // ICIMInstance::SetProperty raises.
+  void addCompanion(const std::string& className, const PropertyList& properties);
+
+  // What was added to classes by plug-ins since the last call, in order.
+  std::vector<PublishedInstance> takePublished();
+
+  struct State;  // shared with the classes and instances handed out, which may outlive this object
+
+ private:
+  std::shared_ptr<State> state_;
+};
+
+}  // namespace NKRXVEL20::host

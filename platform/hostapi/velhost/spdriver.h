@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Which service processor the SP driver speaks to, and what was said.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "vel/export.h"
+#include "vel/splibrary.h"
+
+namespace NKRXVEL20::host {
+
+using Bytes = std::vector<unsigned char>;
+
+// One answer of a simulated SP: bytes, or a send that fails.
+struct SimulatedReply {
+  bool fails = false;
+  Bytes bytes;                         // cut to the caller's buffer
+  std::optional<std::int32_t> length;  // reported instead of the true one
+};
+
+// Replies come in turn, the last one for ever after; there is at least one. The first entry that
+// matches a command answers it; a command that no entry matches fails.
+struct DotCommandEntry {
+  int sp = 0;
+  Bytes command;
+  std::optional<Bytes> data;  // nullopt: whatever the data
+  std::vector<SimulatedReply> replies;
+};
+
+struct TamberCommandEntry {
+  Bytes command;
+  std::optional<Bytes> data;
+  std::vector<SimulatedReply> replies;  // each with its 3-byte header
+};
+
+struct IpmiCommandEntry {
+  Bytes request;  // the request record begins with these bytes
+  std::vector<SimulatedReply> replies;
+};
+
+enum class SPKind { kNone, kDotCommand, kTamber };
+
+// A machine's service processors as a machine file describes them.
+struct SimulatedSP {
+  SPKind kind = SPKind::kNone;
+  bool answers = true;
+  std::int32_t count = 0;
+  std::int32_t bmcNodes = 0;
+  bool bmc = false;
+  bool ipmiDrivers = false;
+  bool integratedBmc = false;
+  bool twgStop = false;
+  bool tvmLibrary = false;
+  bool commandList = true;
+  std::map<Bytes, std::int32_t> components;  // by the first four command bytes; absent = -1
+  std::chrono::microseconds latency{0};      // each command takes this long
+  std::vector<DotCommandEntry> dotCommands;
+  std::vector<TamberCommandEntry> tamberCommands;
+  std::vector<IpmiCommandEntry> ipmiCommands;
+};
+
+// A driver that answers from a description.
+VEL_API std::unique_ptr<SPLibrary> makeSimulatedSP(SimulatedSP description);
+
+// One command that went to an SP or BMC.
+struct TrafficEntry {
+  enum class Kind { kDotCommand, kTamberCommand, kIpmiCommand };
+  Kind kind = Kind::kDotCommand;
+  int sp = 0;              // dot commands
+  unsigned char type = 0;  // dot commands
+  Bytes command;           // dot and Tamber commands; for IPMI the request record to its data's end
+  Bytes data;              // dot and Tamber commands
+  bool flag0 = false;      // Tamber commands
+  bool flag1 = false;
+  bool answered = false;
+  std::int32_t length = 0;  // as reported to the caller; 0 when not answered
+  Bytes reply;              // as the caller's buffer got it; empty when not answered
+};
+
+// What SPLibrary::GetSplibraryInstance hands out, wrapped so that its traffic is kept; null: the
+// driver cannot be loaded. Forgets earlier traffic.
+VEL_API void setSPLibrary(std::unique_ptr<SPLibrary> library);
+
+// The commands sent since the last call, in order.
+VEL_API std::vector<TrafficEntry> takeTraffic();
+
+// The component counts that were asked for since setSPLibrary, by the first four command bytes.
+VEL_API std::map<Bytes, std::int32_t> componentsAsked();
+
+}  // namespace NKRXVEL20::host
