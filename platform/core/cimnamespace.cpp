@@ -1,0 +1,231 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "velhost/cimnamespace.h"
+
+#include <algorithm>
+#include <boost/make_shared.hpp>
+#include <map>
+#include <stdexcept>
+
+#include "vel/exception.h"
+#include "velhost/schema.h"
+
+namespace NKRXVEL20::host {
+namespace {
+
+// What an instance holds, apart from the handles to it: the namespace keeps these, and a handle
+// keeps the namespace's state, so that neither keeps itself alive.
+struct InstanceData {
+  explicit InstanceData(const ClassSchema& itsClass) : cimClass(&itsClass) {}
+
+  const ClassSchema* cimClass;
+  PropertyList properties;
+  bool inClass = false;  // enumerations of the class give it
+};
+
+using InstanceList = std::vector<std::shared_ptr<InstanceData>>;
+
+struct CountedFault {
+  Fault fault;
+  unsigned calls = 0;
+};
+
+const ClassSchema& requireClass(const std::string& name) {
+  const ClassSchema* found = findClass(name);
+  if (found == nullptr) throw TVELException(kErrorClassNotFound, "no class " + name);
+  return *found;
+}
+
+const PropertySchema& requireProperty(const ClassSchema& cimClass, const std::string& name) {
+  const PropertySchema* found = findProperty(cimClass, name);
+  if (found == nullptr) {
+    throw TVELException(kErrorPropertyNotFound,
+                        std::string(cimClass.name) + " has no property " + name);
+  }
+  return *found;
+}
+
+auto findValue(PropertyList& properties, const std::string& name) {
+  return std::ranges::find(properties, name, &PropertyList::value_type::first);
+}
+
+void setValue(InstanceData& instance, const std::string& name, const TCIMValue& value) {
+  const PropertySchema& property = requireProperty(*instance.cimClass, name);
+  if (value.GetType() != property.type) {
+    throw TVELException(kErrorTypeMismatch, std::string(instance.cimClass->name) + '.' + name +
+                                                " is a " + std::string(typeName(property.type)));
+  }
+  const auto held = findValue(instance.properties, name);
+  if (held == instance.properties.end()) {
+    instance.properties.emplace_back(name, value);
+  } else {
+    held->second = value;
+  }
+}
+
+bool matches(const Fault& fault, CimOperation operation, std::string_view className,
+             std::string_view propertyName) {
+  return fault.operation == operation &&
+         (fault.className.empty() || fault.className == className) &&
+         (fault.propertyName.empty() || fault.propertyName == propertyName);
+}
+
+[[noreturn]] void raise(const Fault& fault) {
+  constexpr const char* kText = "a failure that the host asked for";
+  if (fault.throwsRuntimeError) throw std::runtime_error(kText);
+  throw TVELException(kErrorAssertion, kText);
+}
+
+}  // namespace
+
+struct CimNamespace::State {
+  std::vector<std::string> missingClasses;
+  std::vector<CountedFault> faults;
+  std::map<const ClassSchema*, InstanceList> instances;  // by class, in the order added
+  std::vector<PublishedInstance> published;
+
+  // To be called before anything else that a plug-in's call does. Every fault that matches counts
+  // the call, also when an earlier one of the list throws.
+  void meetFaults(CimOperation operation, std::string_view className,
+                  std::string_view propertyName = {}) {
+    const Fault* due = nullptr;
+    for (CountedFault& counted : faults) {
+      if (!matches(counted.fault, operation, className, propertyName)) continue;
+      ++counted.calls;
+      if (due == nullptr && counted.fault.nth.value_or(counted.calls) == counted.calls) {
+        due = &counted.fault;
+      }
+    }
+    if (due != nullptr) raise(*due);
+  }
+
+  void requirePresent(const ClassSchema& cimClass) const {
+    if (std::ranges::find(missingClasses, cimClass.name) != missingClasses.end()) {
+      throw TVELException(kErrorClassNotFound, "no class " + std::string(cimClass.name));
+    }
+  }
+
+  void addToClass(const std::shared_ptr<InstanceData>& instance) {
+    if (instance->inClass) return;
+    instances[instance->cimClass].push_back(instance);
+    instance->inClass = true;
+  }
+};
+
+namespace {
+
+using StatePtr = std::shared_ptr<CimNamespace::State>;
+
+class Property : public ICIMProperty {
+ public:
+  Property(std::string name, TCIMValue value) : name_(std::move(name)), value_(std::move(value)) {}
+
+  const std::string& GetName() const override { return name_; }
+  const TCIMValue& GetValue() const override { return value_; }
+  std::string GetValueAsString() const override { return value_.ToString(); }
+
+ private:
+  std::string name_;
+  TCIMValue value_;
+};
+
+class Instance : public ICIMInstance {
+ public:
+  Instance(StatePtr state, std::shared_ptr<InstanceData> data)
+      : state_(std::move(state)), data_(std::move(data)) {}
+
+  boost::shared_ptr<ICIMProperty> GetProperty(const std::string& name,
+                                              const TCIMValueMap& /*qualifiers*/) override {
+    state_->meetFaults(CimOperation::kGetProperty, data_->cimClass->name, name);
+    requireProperty(*data_->cimClass, name);
+    const auto held = findValue(data_->properties, name);
+    return boost::make_shared<Property>(
+        name, held == data_->properties.end() ? TCIMValue() : held->second);
+  }
+
+  void SetProperty(const std::string& name, const TCIMValue& value,
+                   const TCIMValueMap& /*qualifiers*/) override {
+    state_->meetFaults(CimOperation::kSetProperty, data_->cimClass->name, name);
+    setValue(*data_, name, value);
+  }
+
+  void AddToClass(const TCIMValueMap& /*context*/) override {
+    state_->meetFaults(CimOperation::kAddToClass, data_->cimClass->name);
+    state_->addToClass(data_);
+    state_->published.push_back({std::string(data_->cimClass->name), data_->properties});
+  }
+
+ private:
+  StatePtr state_;
+  std::shared_ptr<InstanceData> data_;
+};
+
+class Class : public ICIMClass {
+ public:
+  Class(StatePtr state, const ClassSchema& schema)
+      : state_(std::move(state)), schema_(&schema), name_(schema.name) {}
+
+  const std::string& GetName(const TCIMValueMap& /*qualifiers*/) const override { return name_; }
+
+  // No class of the schema derives from another, so `deep` changes nothing.
+  void GetInstances(const boost::function<bool(boost::shared_ptr<ICIMInstance>)>& callback,
+                    bool /*deep*/, const TCIMValueMap& /*context*/) override {
+    state_->meetFaults(CimOperation::kEnumerateInstances, name_);
+    state_->requirePresent(*schema_);
+    const InstanceList all = state_->instances[schema_];  // a copy: the callback may add to it
+    for (const auto& data : all) {
+      if (!callback(boost::make_shared<Instance>(state_, data))) return;
+    }
+  }
+
+  boost::shared_ptr<ICIMInstance> CreateInstance() override {
+    state_->meetFaults(CimOperation::kCreateInstance, name_);
+    state_->requirePresent(*schema_);
+    return boost::make_shared<Instance>(state_, std::make_shared<InstanceData>(*schema_));
+  }
+
+ private:
+  StatePtr state_;
+  const ClassSchema* schema_;
+  std::string name_;
+};
+
+std::vector<CountedFault> uncounted(std::vector<Fault> faults) {
+  std::vector<CountedFault> counted;
+  counted.reserve(faults.size());
+  for (Fault& fault : faults) counted.push_back({std::move(fault)});
+  return counted;
+}
+
+}  // namespace
+
+CimNamespace::CimNamespace(std::vector<std::string> missingClasses, std::vector<Fault> faults)
+    : state_(std::make_shared<State>()) {
+  state_->missingClasses = std::move(missingClasses);
+  state_->faults = uncounted(std::move(faults));
+}
+
+CimNamespace::~CimNamespace() = default;
+
+boost::shared_ptr<ICIMClass> CimNamespace::GetClass(const std::string& name,
+                                                    TCIMValueMap /*context*/) {
+  state_->meetFaults(CimOperation::kGetClass, name);
+  const ClassSchema& found = requireClass(name);
+  state_->requirePresent(found);
+  return boost::make_shared<Class>(state_, found);
+}
+
+boost::shared_ptr<ICIMClass> CimNamespace::requestClass(const std::string& name) {
+  return boost::make_shared<Class>(state_, requireClass(name));
+}
+
+void CimNamespace::addCompanion(const std::string& className, const PropertyList& properties) {
+  const auto instance = std::make_shared<InstanceData>(requireClass(className));
+  for (const auto& [name, value] : properties) setValue(*instance, name, value);
+  state_->addToClass(instance);
+}
+
+std::vector<PublishedInstance> CimNamespace::takePublished() {
+  return std::exchange(state_->published, {});
+}
+
+}  // namespace NKRXVEL20::host

@@ -1,0 +1,335 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "velhost/cimnamespace.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <boost/make_shared.hpp>
+#include <cstdint>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "vel/exception.h"
+
+namespace NKRXVEL20::host {
+
+bool operator==(const PublishedInstance& a, const PublishedInstance& b) {
+  return a.className == b.className && a.properties == b.properties;
+}
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+using NamespacePtr = boost::shared_ptr<CimNamespace>;
+using InstancePtr = boost::shared_ptr<ICIMInstance>;
+
+NamespacePtr makeNamespace(std::vector<std::string> missing = {}, std::vector<Fault> faults = {}) {
+  return boost::make_shared<CimNamespace>(std::move(missing), std::move(faults));
+}
+
+InstancePtr newInstance(const NamespacePtr& ns, const std::string& className) {
+  return ns->GetClass(className, {})->CreateInstance();
+}
+
+std::vector<InstancePtr> instancesOf(const NamespacePtr& ns, const std::string& className) {
+  std::vector<InstancePtr> found;
+  ns->GetClass(className, {})
+      ->GetInstances(TAddToVectorCallback<ICIMInstance>(found), true, TCIMValueMap());
+  return found;
+}
+
+// "Description" of each instance of the class.
+std::vector<std::string> descriptionsOf(const NamespacePtr& ns, const std::string& className) {
+  std::vector<std::string> texts;
+  for (const InstancePtr& instance : instancesOf(ns, className)) {
+    texts.push_back(instance->GetProperty("Description", {})->GetValueAsString());
+  }
+  return texts;
+}
+
+// "ok", the code of a TVELException or the text "runtime_error".
+std::string outcome(const std::function<void()>& call) {
+  try {
+    call();
+  } catch (const TVELException& e) {
+    return std::to_string(e.GetCode());
+  } catch (const std::runtime_error&) {
+    return "runtime_error";
+  }
+  return "ok";
+}
+
+TEST(CimNamespace, GivesTheClassesOfTheSchema) {
+  const auto ns = makeNamespace({"KRXSG_IPMIFRU"});
+  EXPECT_EQ("KRXSG_Vpd", ns->GetClass("KRXSG_Vpd", {})->GetName({}));
+  EXPECT_EQ("5", outcome([&] { ns->GetClass("KRXSG_Nothing", {}); }));
+  EXPECT_EQ("5", outcome([&] { ns->GetClass("KRXSG_IPMIFRU", {}); }));
+}
+
+TEST(CimNamespace, ARequestMayNameAMissingClass) {
+  const auto ns = makeNamespace({"KRXSG_IPMIFRU"});
+  const auto handle = ns->requestClass("KRXSG_IPMIFRU");
+  EXPECT_EQ("KRXSG_IPMIFRU", handle->GetName({}));
+  EXPECT_EQ("5", outcome([&] { handle->CreateInstance(); }));
+  std::vector<InstancePtr> found;
+  EXPECT_EQ("5", outcome([&] {
+              handle->GetInstances(TAddToVectorCallback<ICIMInstance>(found), true, {});
+            }));
+  EXPECT_EQ("5", outcome([&] { ns->requestClass("KRXSG_Nothing"); }));
+}
+
+TEST(CimNamespace, APropertyNeverSetIsEmpty) {
+  const auto ns = makeNamespace();
+  const auto property = newInstance(ns, "KRXSG_QLA_ComputerSystem")->GetProperty("SourceNode", {});
+  EXPECT_EQ("SourceNode", property->GetName());
+  EXPECT_EQ(TCIMValue(), property->GetValue());
+  EXPECT_EQ("", property->GetValueAsString());
+  EXPECT_EQ(0, property->GetValue().ToUint8());
+}
+
+TEST(CimNamespace, APropertyKeepsWhatWasSetLast) {
+  const auto ns = makeNamespace();
+  const auto instance = newInstance(ns, "KRXSG_QLA_ComputerSystem");
+  instance->SetProperty("SourceNode", TCIMValue(std::uint8_t{1}), {});
+  instance->SetProperty("SourceNode", TCIMValue(std::uint8_t{2}), {});
+  EXPECT_EQ(TCIMValue(std::uint8_t{2}), instance->GetProperty("SourceNode", {})->GetValue());
+  EXPECT_EQ("2", instance->GetProperty("SourceNode", {})->GetValueAsString());
+}
+
+TEST(CimNamespace, RefusesWhatTheSchemaDoesNotHave) {
+  const auto ns = makeNamespace();
+  const auto instance = newInstance(ns, "KRXSG_SystemBIOSElement");
+  const struct {
+    const char* what;
+    std::function<void()> call;
+    const char* outcome;
+  } kCases[] = {
+      {"read an unknown name", [&] { instance->GetProperty("Nothing", {}); }, "12"},
+      {"read the empty name", [&] { instance->GetProperty("", {}); }, "12"},
+      {"set an unknown name", [&] { instance->SetProperty("name", TCIMValue(""), {}); }, "12"},
+      {"set a text for a number", [&] { instance->SetProperty("SourceNode", TCIMValue("1"), {}); },
+       "13"},
+      {"set a wider number",
+       [&] { instance->SetProperty("SourceNode", TCIMValue(std::uint16_t{1}), {}); }, "13"},
+      {"set a text for a date",
+       [&] { instance->SetProperty("ReleaseDate", TCIMValue("03/15/07"), {}); }, "13"},
+      {"set an empty value", [&] { instance->SetProperty("Name", TCIMValue(), {}); }, "13"},
+      {"set the schema's type", [&] { instance->SetProperty("PrimaryBIOS", TCIMValue(true), {}); },
+       "ok"},
+  };
+  for (const auto& c : kCases) EXPECT_EQ(c.outcome, outcome(c.call)) << c.what;
+  instance->AddToClass({});
+  EXPECT_THAT(ns->takePublished(),
+              ElementsAre(PublishedInstance{"KRXSG_SystemBIOSElement",
+                                            {{"PrimaryBIOS", TCIMValue(true)}}}));
+}
+
+TEST(CimNamespace, PublishesASnapshotInTheOrderOfFirstSetting) {
+  const auto ns = makeNamespace();
+  const auto first = newInstance(ns, "KRXSG_Vpd");
+  const auto second = newInstance(ns, "KRXSG_cKVM");
+  first->SetProperty("Vendor", TCIMValue("V"), {});
+  first->SetProperty("Name", TCIMValue("N"), {});
+  first->SetProperty("Vendor", TCIMValue("W"), {});
+  second->AddToClass({});
+  first->AddToClass({});
+  first->SetProperty("Location", TCIMValue("L"), {});
+  first->AddToClass({});
+  EXPECT_THAT(ns->takePublished(),
+              ElementsAre(PublishedInstance{"KRXSG_cKVM", {}},
+                          PublishedInstance{"KRXSG_Vpd",
+                                            {{"Vendor", TCIMValue("W")}, {"Name", TCIMValue("N")}}},
+                          PublishedInstance{"KRXSG_Vpd",
+                                            {{"Vendor", TCIMValue("W")},
+                                             {"Name", TCIMValue("N")},
+                                             {"Location", TCIMValue("L")}}}));
+  EXPECT_THAT(ns->takePublished(), IsEmpty());
+}
+
+TEST(CimNamespace, EnumeratesCompanionsAndWhatWasAddedOnce) {
+  const auto ns = makeNamespace();
+  ns->addCompanion("KRXSG_USBDevice", {{"Description", TCIMValue("first")}});
+  ns->addCompanion("KRXSG_TapeDrive", {{"Description", TCIMValue("other class")}});
+  ns->addCompanion("KRXSG_USBDevice", {});
+  const auto added = newInstance(ns, "KRXSG_USBDevice");
+  added->SetProperty("Description", TCIMValue("added"), {});
+  EXPECT_THAT(descriptionsOf(ns, "KRXSG_USBDevice"), ElementsAre("first", ""));
+  added->AddToClass({});
+  added->AddToClass({});
+  EXPECT_THAT(descriptionsOf(ns, "KRXSG_USBDevice"), ElementsAre("first", "", "added"));
+  EXPECT_THAT(descriptionsOf(ns, "KRXSG_IPMIFRU"), IsEmpty());
+}
+
+TEST(CimNamespace, CompanionsAreNotPublishedUntilAPluginAddsThem) {
+  const auto ns = makeNamespace();
+  ns->addCompanion("KRXSG_USBDevice", {{"Description", TCIMValue("d")}});
+  EXPECT_THAT(ns->takePublished(), IsEmpty());
+  instancesOf(ns, "KRXSG_USBDevice").front()->AddToClass({});
+  EXPECT_THAT(ns->takePublished(),
+              ElementsAre(PublishedInstance{"KRXSG_USBDevice", {{"Description", TCIMValue("d")}}}));
+  EXPECT_THAT(descriptionsOf(ns, "KRXSG_USBDevice"), ElementsAre("d"));
+}
+
+TEST(CimNamespace, WhatIsSetThroughOneHandleIsReadThroughAnother) {
+  const auto ns = makeNamespace();
+  ns->addCompanion("KRXSG_USBDevice", {});
+  instancesOf(ns, "KRXSG_USBDevice").front()->SetProperty("Description", TCIMValue("set"), {});
+  EXPECT_THAT(descriptionsOf(ns, "KRXSG_USBDevice"), ElementsAre("set"));
+}
+
+TEST(CimNamespace, EnumerationEndsWhenTheCallbackSaysSo) {
+  const auto ns = makeNamespace();
+  for (int i = 0; i < 3; ++i) ns->addCompanion("KRXSG_USBDevice", {});
+  int seen = 0;
+  ns->GetClass("KRXSG_USBDevice", {})
+      ->GetInstances([&](InstancePtr) { return ++seen < 2; }, true, {});
+  EXPECT_EQ(2, seen);
+}
+
+TEST(CimNamespace, ACallbackMayAddToTheClassThatItWalks) {
+  const auto ns = makeNamespace();
+  ns->addCompanion("KRXSG_USBDevice", {});
+  ns->addCompanion("KRXSG_USBDevice", {});
+  ns->GetClass("KRXSG_USBDevice", {})
+      ->GetInstances(
+          [&](InstancePtr) {
+            newInstance(ns, "KRXSG_USBDevice")->AddToClass({});
+            return true;
+          },
+          true, {});
+  EXPECT_EQ(4U, instancesOf(ns, "KRXSG_USBDevice").size());
+}
+
+TEST(CimNamespace, RefusesWrongCompanions) {
+  const auto ns = makeNamespace();
+  EXPECT_EQ("5", outcome([&] { ns->addCompanion("KRXSG_Nothing", {}); }));
+  EXPECT_EQ("12", outcome([&] { ns->addCompanion("KRXSG_USBDevice", {{"X", TCIMValue("")}}); }));
+  EXPECT_EQ("13", outcome([&] {
+              ns->addCompanion("KRXSG_USBDevice", {{"Description", TCIMValue(true)}});
+            }));
+  EXPECT_THAT(instancesOf(ns, "KRXSG_USBDevice"), IsEmpty());
+}
+
+TEST(CimNamespace, HandlesOutliveIt) {
+  auto ns = makeNamespace();
+  const auto vpd = ns->GetClass("KRXSG_Vpd", {});
+  const auto instance = vpd->CreateInstance();
+  ns.reset();
+  instance->SetProperty("Name", TCIMValue("N"), {});
+  instance->AddToClass({});
+  std::vector<InstancePtr> found;
+  vpd->GetInstances(TAddToVectorCallback<ICIMInstance>(found), false, {});
+  ASSERT_EQ(1U, found.size());
+  EXPECT_EQ("N", found[0]->GetProperty("Name", {})->GetValueAsString());
+}
+
+// Every operation twice, in a fixed order, each with its outcome.
+std::vector<std::string> outcomes(const Fault& fault) {
+  const auto ns = makeNamespace({}, {fault});
+  const auto request = ns->requestClass("KRXSG_USBDevice");
+  ns->addCompanion("KRXSG_USBDevice", {{"Description", TCIMValue("d")}});
+  InstancePtr instance;
+  std::vector<std::string> all;
+  for (int round = 0; round < 2; ++round) {
+    std::vector<InstancePtr> found;
+    all.push_back(outcome([&] { ns->GetClass("KRXSG_USBDevice", {}); }));
+    all.push_back(outcome(
+        [&] { request->GetInstances(TAddToVectorCallback<ICIMInstance>(found), true, {}); }));
+    all.push_back(outcome([&] { instance = request->CreateInstance(); }));
+    if (instance == nullptr) return all;
+    all.push_back(outcome([&] { instance->SetProperty("DeviceID", TCIMValue("x"), {}); }));
+    all.push_back(outcome([&] { instance->GetProperty("DeviceID", {}); }));
+    all.push_back(outcome([&] { instance->AddToClass({}); }));
+  }
+  return all;
+}
+
+Fault fault(CimOperation operation, std::optional<unsigned> nth = std::nullopt) {
+  return {operation, "", "", nth, false};
+}
+
+TEST(CimNamespaceFaults, FailTheOperationThatTheyName) {
+  using Outcomes = std::vector<std::string>;
+  const struct {
+    const char* what;
+    Fault fault;
+    Outcomes outcomes;
+  } kCases[] = {
+      // Order: get class, enumerate, create, set, get, add; then all again.
+      {"get class",
+       fault(CimOperation::kGetClass),
+       {"1", "ok", "ok", "ok", "ok", "ok", "1", "ok", "ok", "ok", "ok", "ok"}},
+      {"enumerate",
+       fault(CimOperation::kEnumerateInstances, 1),
+       {"ok", "1", "ok", "ok", "ok", "ok", "ok", "ok", "ok", "ok", "ok", "ok"}},
+      {"create",
+       fault(CimOperation::kCreateInstance, 2),
+       {"ok", "ok", "ok", "ok", "ok", "ok", "ok", "ok", "1", "ok", "ok", "ok"}},
+      {"create, each", fault(CimOperation::kCreateInstance), {"ok", "ok", "1"}},
+      {"set",
+       fault(CimOperation::kSetProperty, 1),
+       {"ok", "ok", "ok", "1", "ok", "ok", "ok", "ok", "ok", "ok", "ok", "ok"}},
+      {"get",
+       fault(CimOperation::kGetProperty, 2),
+       {"ok", "ok", "ok", "ok", "ok", "ok", "ok", "ok", "ok", "ok", "1", "ok"}},
+      {"add",
+       fault(CimOperation::kAddToClass),
+       {"ok", "ok", "ok", "ok", "ok", "1", "ok", "ok", "ok", "ok", "ok", "1"}},
+      {"a third call that never comes", fault(CimOperation::kAddToClass, 3), Outcomes(12, "ok")},
+      {"another class",
+       {CimOperation::kGetClass, "KRXSG_Vpd", "", std::nullopt, false},
+       Outcomes(12, "ok")},
+      {"another property",
+       {CimOperation::kSetProperty, "KRXSG_USBDevice", "Description", std::nullopt, false},
+       Outcomes(12, "ok")},
+      {"class and property",
+       {CimOperation::kSetProperty, "KRXSG_USBDevice", "DeviceID", 2, true},
+       {"ok", "ok", "ok", "ok", "ok", "ok", "ok", "ok", "ok", "runtime_error", "ok", "ok"}},
+  };
+  for (const auto& c : kCases) EXPECT_EQ(c.outcomes, outcomes(c.fault)) << c.what;
+}
+
+TEST(CimNamespaceFaults, ComeBeforeAnythingElse) {
+  const auto ns =
+      makeNamespace({"KRXSG_IPMIFRU"}, {{CimOperation::kGetClass, "", "", {}, false},
+                                        {CimOperation::kGetProperty, "", "", {}, false},
+                                        {CimOperation::kSetProperty, "", "", {}, false},
+                                        {CimOperation::kAddToClass, "", "", {}, false}});
+  const auto instance = ns->requestClass("KRXSG_USBDevice")->CreateInstance();
+  EXPECT_EQ("1", outcome([&] { ns->GetClass("KRXSG_Nothing", {}); }));
+  EXPECT_EQ("1", outcome([&] { ns->GetClass("KRXSG_IPMIFRU", {}); }));
+  EXPECT_EQ("1", outcome([&] { instance->GetProperty("Nothing", {}); }));
+  EXPECT_EQ("1", outcome([&] { instance->SetProperty("Nothing", TCIMValue(""), {}); }));
+  EXPECT_EQ("1", outcome([&] { instance->AddToClass({}); }));
+  EXPECT_THAT(ns->takePublished(), IsEmpty());
+}
+
+TEST(CimNamespaceFaults, EachCountsTheCallAndTheFirstDueThrows) {
+  // The second call is due in both; the third only in the second fault, whose count went on.
+  const auto ns = makeNamespace({}, {{CimOperation::kGetClass, "", "", 2, true},
+                                     {CimOperation::kGetClass, "KRXSG_Vpd", "", 2, false},
+                                     {CimOperation::kGetClass, "KRXSG_Vpd", "", 3, false}});
+  std::vector<std::string> seen;
+  for (int i = 0; i < 4; ++i) seen.push_back(outcome([&] { ns->GetClass("KRXSG_Vpd", {}); }));
+  EXPECT_THAT(seen, ElementsAre("ok", "runtime_error", "1", "ok"));
+}
+
+TEST(CimNamespaceFaults, TheHostsOwnCallsMeetNoneAndAreNotCounted) {
+  const auto ns = makeNamespace(
+      {}, {fault(CimOperation::kGetClass, 1), fault(CimOperation::kCreateInstance, 1),
+           fault(CimOperation::kSetProperty, 1), fault(CimOperation::kAddToClass, 1)});
+  const auto request = ns->requestClass("KRXSG_USBDevice");
+  ns->addCompanion("KRXSG_USBDevice", {{"Description", TCIMValue("d")}});
+  EXPECT_EQ("1", outcome([&] { ns->GetClass("KRXSG_USBDevice", {}); }));
+  EXPECT_EQ("1", outcome([&] { request->CreateInstance(); }));
+  const auto instance = request->CreateInstance();
+  EXPECT_EQ("1", outcome([&] { instance->SetProperty("DeviceID", TCIMValue("x"), {}); }));
+  EXPECT_EQ("1", outcome([&] { instance->AddToClass({}); }));
+}
+
+}  // namespace
+}  // namespace NKRXVEL20::host
