@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "loggingplugin.h"
+
+namespace NKRXVEL20 {
+namespace {
+
+class AnsweringPlugin : public LoggingPlugin, public IPluginBasicQueryCallbacks {
+ public:
+  void GetData(boost::shared_ptr<ICIMNamespace> /*ns*/,
+               std::vector<boost::shared_ptr<ICIMClass>>& classes) override {
+    logStep("GetData of " + std::to_string(classes.size()));
+  }
+};
+
+[[gnu::constructor]] void registerPlugin() { new AnsweringPlugin(); }
+
+}  // namespace
+}  // namespace NKRXVEL20
