@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// An SPLibrary that passes everything on to another one and keeps what was said.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "velhost/spdriver.h"
+
+namespace NKRXVEL20::host {
+
+class TrafficRecorder : public SPLibrary {
+ public:
+  explicit TrafficRecorder(std::unique_ptr<SPLibrary> library) : library_(std::move(library)) {}
+
+  std::vector<TrafficEntry> takeTraffic() { return std::exchange(traffic_, {}); }
+  const std::map<Bytes, std::int32_t>& componentsAsked() const { return componentsAsked_; }
+
+  int discoverSPs() override { return library_->discoverSPs(); }
+  bool checkSPComm() override { return library_->checkSPComm(); }
+  bool isDotcommand() override { return library_->isDotcommand(); }
+  bool isTamber() override { return library_->isTamber(); }
+  bool isTwgStop() override { return library_->isTwgStop(); }
+  bool isTvmlibrary() override { return library_->isTvmlibrary(); }
+  bool IsBMCMachine() override { return library_->IsBMCMachine(); }
+  bool IsIPMIDriversPresent() override { return library_->IsIPMIDriversPresent(); }
+  bool IsIntegratedBMC() override { return library_->IsIntegratedBMC(); }
+  int GetNumberBMCNode() override { return library_->GetNumberBMCNode(); }
+  bool buildDotCommandList(unsigned char* list0, unsigned char* list1,
+                           unsigned char* list2) override {
+    return library_->buildDotCommandList(list0, list1, list2);
+  }
+  void printMatrix(const unsigned char* bytes, int length) override {
+    library_->printMatrix(bytes, length);
+  }
+
+  int getComponentdotCmdList(unsigned char* command, int commandLength, unsigned char* list0,
+                             unsigned char* list1, unsigned char* list2) override;
+  bool sendDotCommand(dotCmd* command, unsigned char* reply, int* replyLength, int spIndex,
+                      int bufferSize) override;
+  bool sendTamberCommand(TamberCmd* command, int* replyLength, unsigned char* reply) override;
+  bool sendIPMICommand(unsigned char* buffer, int* length, int capacity, bool wait) override;
+
+ private:
+  std::unique_ptr<SPLibrary> library_;
+  std::vector<TrafficEntry> traffic_;
+  std::map<Bytes, std::int32_t> componentsAsked_;
+};
+
+}  // namespace NKRXVEL20::host
