@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "plugin/ciminstance.h"
+#include "plugin/corelog.h"
+#include "plugin/spfirmwarevpd.h"
+#include "smbios/firmwaredate.h"
+
+using namespace NKRXVEL20;
+using namespace spfirmwarevpd;
+
+TVELStatusCode SPFirmwareVpd::doTime(InstanceHandle instance, std::string propertyName,
+                                     std::string date, TCIMDateTime& value, bool noSet) {
+  if (dateForm(date) == DateForm::kNone) return {kStatusSuccess};
+  if (const auto parsed = parseFirmwareDate(date)) {
+    const int status =
+        fdrSetDateTime(&value, parsed->year, parsed->month, parsed->day, 0, 0, 0, 0, 0);
+    if (status == kStatusFailure) {
+      logFailure("Error Setting DateTime..");
+      return {kStatusFailure};
+    }
+  }
+  if (noSet) return {kStatusSuccess};
+  // Names BuildDate whatever the property, and stays so: people search their logs for it.
+  const bool isSet =
+      setProperty(instance, propertyName, TCIMValue(value), "Error adding BuildDate property");
+  return {isSet ? kStatusSuccess : kStatusFailure};
+}
