@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "peripheral/usbstoragepath.h"
+
+#include <string_view>
+
+#include "plugin/contains.h"
+
+namespace spfirmwarevpd {
+
+namespace {
+
+std::string field(const std::string& deviceId, std::string_view key, char endMark) {
+  const std::size_t keyStart = deviceId.find(key);
+  if (keyStart == std::string::npos) return {};
+  const std::size_t start = keyStart + key.size();
+  const std::size_t end = deviceId.find(endMark, keyStart);
+  return deviceId.substr(start, end == std::string::npos ? end : end - start);
+}
+
+}  // namespace
+
+std::optional<UsbStorageDevice> parseUsbStoragePath(const std::string& deviceId) {
+  if (!contains(deviceId, "USBSTOR")) return std::nullopt;
+  return UsbStorageDevice{.vendor = field(deviceId, "VEN_", '&'),
+                          .product = field(deviceId, "PROD_", '&'),
+                          .revision = field(deviceId, "REV_", '\\')};
+}
+
+}  // namespace spfirmwarevpd
