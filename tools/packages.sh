@@ -1,0 +1,37 @@
+# SPDX-License-Identifier: Apache-2.0
+# shellcheck shell=bash
+#
+# The Debian packages that the project uses, by what needs them, and the way they are installed.
+# Sourced by ./run, ./test and .ci/check.
+
+build_packages=(g++ cmake ninja-build libboost-dev nlohmann-json3-dev libcli11-dev libudev-dev)
+test_packages=(libgtest-dev libgmock-dev python3 python3-jsonschema dmidecode i2c-tools valgrind)
+vm_packages=(qemu-system-x86 busybox-static openipmi libopenipmi-dev)
+check_packages=(clang clang-format clang-tidy)
+
+# install_missing PACKAGE...: installs those that are not there, and says so before it does. Returns
+# 1 with one line on standard error when that cannot be done. Nothing goes to standard output.
+install_missing() {
+  local package missing=() as_root=()
+  for package in "$@"; do
+    dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed ||
+      missing+=("$package")
+  done
+  ((${#missing[@]})) || return 0
+
+  if ((EUID != 0)); then
+    if ! command -v sudo >/dev/null; then
+      echo "${0##*/}: these packages are missing, and only root (or sudo) can install them:" \
+        "${missing[*]}" >&2
+      return 1
+    fi
+    as_root=(sudo)
+  fi
+  echo "${0##*/}: installing with apt-get: ${missing[*]}" >&2
+  "${as_root[@]}" apt-get -qq update >&2 || true # a stale list may do; the next line tells
+  if ! "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+    apt-get -qq -o Dpkg::Use-Pty=0 install -y --no-install-recommends "${missing[@]}" >&2; then
+    echo "${0##*/}: apt-get could not install: ${missing[*]}" >&2
+    return 1
+  fi
+}
