@@ -27,7 +27,7 @@ _INIT = """#!/bin/busybox sh
 mount -t devtmpfs none /dev
 mount -t proc none /proc
 mount -t sysfs none /sys
-for module in $(cat /modules); do insmod "$module" || echo "no $module" >/dev/console; done
+while read -r module; do insmod $module || echo "no module $module" >/dev/console; done </modules
 cd /out
 sh -eu /script >stdout 2>stderr
 status=$?
@@ -63,7 +63,7 @@ class Result:
 
 
 class Guest:
-    """The makings of one boot; `run` boots."""
+    """The makings of one boot; `run` boots. Each module is a name, parameters may follow it."""
 
     def __init__(self, cache, modules=(), qemu=()):
         for tool in (QEMU, BUSYBOX):
@@ -78,10 +78,7 @@ class Guest:
         for folder in ("/dev", "/proc", "/sys", "/out"):
             self.files.folder(folder)
         self.files.folder("/tmp", 0o1777)
-        loaded = self._kernel.modules(modules)
-        for module in loaded:
-            self.files.add(f"/modules.d/{module.name}", module.read_bytes())
-        self.files.add("/modules", "".join(f"/modules.d/{module.name}\n" for module in loaded))
+        self._add_modules(dict(module.partition(" ")[::2] for module in modules))
 
     def run(self, script, timeout=TIMEOUT_SECONDS):
         """Boots, runs the script as root in /out under `sh -eu`, and returns its Result."""
@@ -99,6 +96,13 @@ class Guest:
                 console = _content(folder / "console").decode(errors="replace")
                 raise Failed(f"{said}; the end of its console:\n{console[-2000:]}")
             return Result(int(found.group(2)), base64.b64decode(found.group(1)))
+
+    def _add_modules(self, parameters):
+        lines = []
+        for path in self._kernel.modules(parameters):
+            self.files.add(f"/modules.d/{path.name}", path.read_bytes())
+            lines.append(f"/modules.d/{path.name} {parameters.get(kernel.module_name(path), '')}\n")
+        self.files.add("/modules", "".join(lines))
 
     def _boot(self, folder, timeout):
         """Runs qemu to its end, or for `timeout` seconds, and returns how it ended."""

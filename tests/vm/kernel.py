@@ -16,12 +16,17 @@ class Unavailable(Exception):
     """This machine cannot provide what the test bed needs."""
 
 
+def module_name(path):
+    """The name that the kernel knows a module file by."""
+    return path.stem.replace("-", "_")
+
+
 class Kernel:
     """An unpacked kernel package."""
 
     def __init__(self, tree):
         self.vmlinux = tree / "vmlinux"
-        self._modules = {_module_name(path): path for path in tree.glob("lib/modules/**/*.ko")}
+        self._modules = {module_name(path): path for path in tree.glob("lib/modules/**/*.ko")}
 
     def modules(self, names):
         """The files of these modules and of those they need, in the order to load them."""
@@ -51,10 +56,6 @@ def fetch(cache):
             subprocess.run(["dpkg-deb", "-x", _download(cache), tree], check=True)
             _decompress(next(tree.glob("boot/vmlinuz-*")), tree / "vmlinux")
         return Kernel(tree)
-
-
-def _module_name(path):
-    return path.stem.replace("-", "_")
 
 
 def _download(cache):
