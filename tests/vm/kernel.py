@@ -9,6 +9,7 @@ import lzma
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 
 
@@ -47,32 +48,36 @@ class Kernel:
 
 def fetch(cache):
     """The kernel in the folder `cache`; downloaded first when it is not there."""
-    cache = pathlib.Path(cache)
+    cache = pathlib.Path(cache).resolve()
     cache.mkdir(parents=True, exist_ok=True)
     with open(cache / "lock", "w", encoding="ascii") as lock:
         fcntl.flock(lock, fcntl.LOCK_EX)
         tree = cache / "kernel"
         if not (tree / "vmlinux").exists():
-            subprocess.run(["dpkg-deb", "-x", _download(cache), tree], check=True)
+            package = _download(cache)
+            subprocess.run(["dpkg-deb", "-x", package, tree], check=True)
+            package.unlink()
             _decompress(next(tree.glob("boot/vmlinuz-*")), tree / "vmlinux")
         return Kernel(tree)
 
 
 def _download(cache):
     """Downloads the kernel's package into `cache` and returns its path."""
-    own_lists = ["-o", f"Dir::State::Lists={cache}/lists", "-o", f"Dir::Cache={cache}/apt"]
+    own_lists = ["-o", f"Dir::State::Lists={cache}/apt/lists", "-o", f"Dir::Cache={cache}/apt"]
     try:
         return _download_with(cache, [])
     except subprocess.CalledProcessError:
         pass  # the machine's package lists are absent or stale; root alone could renew them
     try:
-        for folder in ("lists/partial", "apt/archives/partial"):
+        for folder in ("apt/lists/partial", "apt/archives/partial"):
             (cache / folder).mkdir(parents=True, exist_ok=True)
         _apt("apt-get", *own_lists, "update")
         return _download_with(cache, own_lists)
     except subprocess.CalledProcessError as error:
         said = (error.stderr.strip() or "nothing").splitlines()[-1]
         raise Unavailable(f"the kernel package cannot be downloaded; apt says: {said}") from error
+    finally:
+        shutil.rmtree(cache / "apt", ignore_errors=True)
 
 
 def _download_with(cache, options):
