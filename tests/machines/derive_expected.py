@@ -36,7 +36,7 @@ import re
 import struct
 import sys
 
-HAND_WRITTEN = {"no-sp-two-oem-structures", "uefi-two-node", "one-sp-everything"}
+HAND_WRITTEN = {"no-sp-two-oem-structures", "uefi-two-node", "one-sp-everything", "qemu-q35"}
 REINIT = {"no-sp-two-oem-structures", "one-sp-everything", "both-sends-fail", "ckvm",
           "ckvm-blank-level", "diagnostics-empty-on-both-nodes", "first-send-fails",
           "faults-at-publication", "qla-class-missing", "runtime-error", "tamber"}
