@@ -44,9 +44,9 @@ bool setProperty(const InstanceHandle& instance, const std::string& name,
                  const NKRXVEL20::TCIMValue& value, const FailureText& failure);
 
 struct PropertyRow {
-  const char* name;
+  const char* name = nullptr;
   NKRXVEL20::TCIMValue value;
-  const char* failureText;
+  const char* failureText = nullptr;
 };
 
 // Sets the properties in the order of the rows up to the first refusal, and returns false then.

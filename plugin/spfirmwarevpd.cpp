@@ -11,7 +11,7 @@ namespace {
 // Nobody owns the object: it registers itself and deletes itself in PrepareForUnload. Kept out of
 // line so that a failing load shows this name.
 [[gnu::noinline]] void SPFirmwareVpdInit() {
-  new SPFirmwareVpd();  // NOLINT(cppcoreguidelines-owning-memory)
+  new SPFirmwareVpd();  // NOLINT(cppcoreguidelines-owning-memory,clang-analyzer-cplusplus*)
 }
 
 [[maybe_unused]] const bool kRegistered = (SPFirmwareVpdInit(), true);

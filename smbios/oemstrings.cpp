@@ -20,8 +20,8 @@ constexpr char kQuellonName[] = "KRX Quellon Link Adapter";
 constexpr char kTorvikName[] = "KRX Torvik Management Processor";
 
 struct NameRule {
-  const char* contained;
-  const char* name;
+  const char* contained = nullptr;
+  const char* name = nullptr;
   bool cutsAtHyphen = false;  // a "-" ends the name: what stands before it is kept as it is
 };
 

@@ -111,7 +111,7 @@ bool DescriptorWalk::send(const DescribedCommand& command, int spIndex) {
   const auto sendOnce = [&] {
     return spLibrary_.sendDotCommand(&request, reply_.data(), &replyLength, spIndex, kReplySize);
   };
-  return sendOnce() || sendOnce();
+  return sendOnce() || sendOnce();  // NOLINT(misc-redundant-expression): the SP may answer now
 }
 
 // Loads the first field line of the command that was answered. False: the table ends before it.

@@ -81,7 +81,7 @@ std::optional<InstanceHandle> recordInstance(const NamespaceHandle& ns,
                                              const std::string& className,
                                              const SPFirmwareVpd::PropertyMap& properties,
                                              const std::optional<std::string>& name) {
-  const auto instance = createInstance(ns, className, {"Error adding Class ", className});
+  auto instance = createInstance(ns, className, {"Error adding Class ", className});
   if (!instance) return std::nullopt;
   if (name && !setProperty(*instance, "Name", TCIMValue(*name), "Error adding SP Name property")) {
     return std::nullopt;
