@@ -69,6 +69,16 @@ struct SimulatedSP {
 // A driver that answers from a description.
 VEL_API std::unique_ptr<SPLibrary> makeSimulatedSP(SimulatedSP description);
 
+// The machine that the program runs on: the BMC that the kernel's IPMI driver reaches, and no
+// other service processor.
+struct LiveIpmi {
+  std::unique_ptr<SPLibrary> library;
+  std::string refusedDevice;  // the device that exists but needs more rights; empty: none
+};
+
+// Opens /dev/ipmi0, /dev/ipmi/0 or /dev/ipmidev/0. A device that refuses counts as absent.
+VEL_API LiveIpmi makeLiveIpmi();
+
 // One command that went to an SP or BMC.
 struct TrafficEntry {
   enum class Kind { kDotCommand, kTamberCommand, kIpmiCommand };

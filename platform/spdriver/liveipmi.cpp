@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The SP library of the machine that the program runs on: no service processor that speaks dot
+// commands or Tamber, and the BMC that the kernel's IPMI driver reaches.
+#include "liveipmi.h"
+
+#include <linux/ipmi.h>
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "ipmidevice.h"
+#include "ipmirecord.h"
+#include "printmatrix.h"
+
+namespace NKRXVEL20::host {
+
+namespace {
+
+// The kernel makes it where the machine was started by UEFI.
+constexpr const char* kFirmwareOfUefi = "/sys/firmware/efi";
+
+// The completion code and the 15 bytes of IPMI 2.0, table 20-2.
+constexpr std::size_t kDeviceIdReplySize = 16;
+
+class LiveIpmiLibrary : public SPLibrary {
+ public:
+  LiveIpmiLibrary(SystemCalls& calls, std::unique_ptr<IpmiDevice> device)
+      : calls_(calls), device_(std::move(device)) {}
+
+  int discoverSPs() override { return 0; }
+  bool checkSPComm() override { return false; }
+  bool isDotcommand() override { return false; }
+  bool isTamber() override { return false; }
+  bool isTwgStop() override { return false; }
+  bool isTvmlibrary() override { return false; }
+  bool IsBMCMachine() override;
+  bool IsIPMIDriversPresent() override { return device_ != nullptr; }
+  bool IsIntegratedBMC() override { return calls_.exists(kFirmwareOfUefi); }
+  int GetNumberBMCNode() override { return 0; }
+  bool buildDotCommandList(unsigned char*, unsigned char*, unsigned char*) override {
+    return false;
+  }
+  int getComponentdotCmdList(unsigned char*, int, unsigned char*, unsigned char*,
+                             unsigned char*) override {
+    return -1;
+  }
+  bool sendDotCommand(dotCmd*, unsigned char*, int*, int, int) override { return false; }
+  bool sendTamberCommand(TamberCmd*, int*, unsigned char*) override { return false; }
+  bool sendIPMICommand(unsigned char* buffer, int* length, int capacity, bool wait) override;
+  void printMatrix(const unsigned char* bytes, int length) override {
+    printMatrixToStderr(bytes, length);
+  }
+
+ private:
+  bool answersGetDeviceId();
+
+  SystemCalls& calls_;
+  std::unique_ptr<IpmiDevice> device_;
+  std::optional<bool> bmc_;  // asked once: a BMC that does not answer takes its time
+};
+
+bool LiveIpmiLibrary::answersGetDeviceId() {
+  if (!device_) return false;
+  const auto reply =
+      device_->ask({IPMI_NETFN_APP_REQUEST, 0, IPMI_GET_DEVICE_ID_CMD, {}}, kDeviceIdReplySize);
+  return reply && reply->front() == IPMI_CC_NO_ERROR;
+}
+
+bool LiveIpmiLibrary::IsBMCMachine() {
+  if (!bmc_) bmc_ = answersGetDeviceId();
+  return *bmc_;
+}
+
+bool LiveIpmiLibrary::sendIPMICommand(unsigned char* bytes, int* length, int capacity,
+                                      bool /*wait*/) {
+  *length = 0;
+  const std::span<unsigned char> buffer = ipmiBuffer(bytes, capacity);
+  if (!device_ || buffer.size() < kIpmiRequestDataOffset) return false;
+  const std::size_t dataLength = ipmiDataLength(buffer);
+  if (dataLength > buffer.size() - kIpmiRequestDataOffset) return false;
+  const IpmiRequest request = {buffer[kIpmiNetworkFunctionOffset], buffer[kIpmiLunOffset],
+                               buffer[kIpmiCommandOffset],
+                               buffer.subspan(kIpmiRequestDataOffset, dataLength)};
+  const std::span<unsigned char> answer = buffer.subspan(kIpmiCompletionCodeOffset);
+  const auto reply = device_->ask(request, answer.size());
+  if (!reply) return false;
+  const auto behind = std::ranges::copy(*reply, answer.begin()).out;
+  std::fill(behind, answer.end(), static_cast<unsigned char>(0));
+  *length = static_cast<int>(kIpmiCompletionCodeOffset + reply->size());
+  return true;
+}
+
+}  // namespace
+
+LiveIpmi makeLiveIpmi(SystemCalls& calls) {
+  IpmiOpening opening = openIpmiDevice(calls);
+  return {std::make_unique<LiveIpmiLibrary>(calls, std::move(opening.device)),
+          std::move(opening.refused)};
+}
+
+LiveIpmi makeLiveIpmi() { return makeLiveIpmi(kernelCalls()); }
+
+}  // namespace NKRXVEL20::host
