@@ -15,6 +15,7 @@ namespace NKRXVEL20::host {
 namespace {
 
 struct FileCloser {
+  // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): this is what owns the file
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
 
@@ -26,7 +27,7 @@ std::vector<unsigned char> readFile(const std::filesystem::path& path) {
   const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(path.c_str(), "rbe"));
   if (!file) refuse(path, errno);
   std::vector<unsigned char> bytes;
-  std::array<unsigned char, 4096> piece;
+  std::array<unsigned char, 4096> piece{};
   errno = 0;
   while (const std::size_t count = std::fread(piece.data(), 1, piece.size(), file.get())) {
     bytes.insert(bytes.end(), piece.data(), piece.data() + count);
@@ -48,8 +49,8 @@ TableLimits readLimits(const std::filesystem::path& path) {
 
 }  // namespace
 
-LiveSmbiosError::LiveSmbiosError(const std::string& what, int number)
-    : std::runtime_error(what), error(number) {}
+LiveSmbiosError::LiveSmbiosError(const std::string& what, int errorNumber)
+    : std::runtime_error(what), error(errorNumber) {}
 
 LiveSmbiosError::~LiveSmbiosError() = default;
 

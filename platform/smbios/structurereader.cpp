@@ -57,6 +57,8 @@ int smBiosLoad(TPluginManagerProvider* /*provider*/, TSmBiosHandle** handle) {
   return 0;
 }
 
+// The size is the caller's variable by contract.
+// NOLINTNEXTLINE(readability-non-const-parameter)
 int smBiosGetFirst(TSmBiosHandle* handle, int type, unsigned char* buffer, int* size) {
   if (handle == nullptr) return kSmBiosReadFailed;
   handle->type = type;
@@ -64,6 +66,7 @@ int smBiosGetFirst(TSmBiosHandle* handle, int type, unsigned char* buffer, int* 
   return readNext(*handle, buffer, *size);
 }
 
+// NOLINTNEXTLINE(readability-non-const-parameter)
 int smBiosGetNext(TSmBiosHandle* handle, unsigned char* buffer, int* size) {
   if (handle == nullptr || !handle->type) return kSmBiosReadFailed;
   return readNext(*handle, buffer, *size);

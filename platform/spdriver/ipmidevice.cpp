@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstring>
 
 namespace NKRXVEL20::host {
 
@@ -15,12 +16,14 @@ namespace {
 constexpr const char* kDevices[] = {"/dev/ipmi0", "/dev/ipmi/0", "/dev/ipmidev/0"};
 
 // The header names it "channel for talking directly with the BMC".
-ipmi_system_interface_addr bmcAddress(unsigned char lun) {
+std::array<unsigned char, sizeof(ipmi_system_interface_addr)> bmcAddress(unsigned char lun) {
   ipmi_system_interface_addr address{};
   address.addr_type = IPMI_SYSTEM_INTERFACE_ADDR_TYPE;
   address.channel = IPMI_BMC_CHANNEL;
   address.lun = lun;
-  return address;
+  std::array<unsigned char, sizeof address> bytes{};
+  std::memcpy(bytes.data(), &address, sizeof address);
+  return bytes;
 }
 
 }  // namespace
@@ -35,11 +38,11 @@ int IpmiDevice::retried(unsigned long operation, void* argument, Deadline deadli
 
 bool IpmiDevice::send(const IpmiRequest& request, Deadline deadline) {
   if (request.data.size() > IPMI_MAX_MSG_LENGTH) return false;
-  ipmi_system_interface_addr address = bmcAddress(request.lun);
+  auto address = bmcAddress(request.lun);
   std::vector<unsigned char> data(request.data.begin(), request.data.end());
   ipmi_req message{};
-  message.addr = reinterpret_cast<unsigned char*>(&address);
-  message.addr_len = sizeof address;
+  message.addr = address.data();
+  message.addr_len = address.size();
   message.msgid = ++sequence_;
   message.msg.netfn = request.networkFunction;
   message.msg.cmd = request.command;
@@ -62,7 +65,7 @@ bool IpmiDevice::waitForMessage(Deadline deadline) {
 }
 
 IpmiDevice::Received IpmiDevice::receive(std::vector<unsigned char>& reply, Deadline deadline) {
-  std::array<unsigned char, sizeof(ipmi_addr)> address;
+  std::array<unsigned char, sizeof(ipmi_addr)> address{};
   ipmi_recv message{};
   message.addr = address.data();
   message.addr_len = address.size();
@@ -101,14 +104,18 @@ std::optional<std::vector<unsigned char>> IpmiDevice::ask(const IpmiRequest& req
 }
 
 IpmiOpening openIpmiDevice(SystemCalls& calls) {
-  std::string refused;
+  IpmiOpening opening;
   for (const char* path : kDevices) {
     int file = calls.open(path);
     while (file == -EINTR) file = calls.open(path);
-    if (file >= 0) return {std::make_unique<IpmiDevice>(calls, file), ""};
-    if (refused.empty() && (file == -EACCES || file == -EPERM)) refused = path;
+    if (file >= 0) {
+      opening.device = std::make_unique<IpmiDevice>(calls, file);
+      opening.refused.clear();
+      break;
+    }
+    if (opening.refused.empty() && (file == -EACCES || file == -EPERM)) opening.refused = path;
   }
-  return {nullptr, refused};
+  return opening;
 }
 
 }  // namespace NKRXVEL20::host

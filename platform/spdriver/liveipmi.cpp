@@ -39,16 +39,24 @@ class LiveIpmiLibrary : public SPLibrary {
   bool IsIPMIDriversPresent() override { return device_ != nullptr; }
   bool IsIntegratedBMC() override { return calls_.exists(kFirmwareOfUefi); }
   int GetNumberBMCNode() override { return 0; }
-  bool buildDotCommandList(unsigned char*, unsigned char*, unsigned char*) override {
+  bool buildDotCommandList(unsigned char* /*list0*/, unsigned char* /*list1*/,
+                           unsigned char* /*list2*/) override {
     return false;
   }
-  int getComponentdotCmdList(unsigned char*, int, unsigned char*, unsigned char*,
-                             unsigned char*) override {
+  int getComponentdotCmdList(unsigned char* /*command*/, int /*commandLength*/,
+                             unsigned char* /*list0*/, unsigned char* /*list1*/,
+                             unsigned char* /*list2*/) override {
     return -1;
   }
-  bool sendDotCommand(dotCmd*, unsigned char*, int*, int, int) override { return false; }
-  bool sendTamberCommand(TamberCmd*, int*, unsigned char*) override { return false; }
-  bool sendIPMICommand(unsigned char* buffer, int* length, int capacity, bool wait) override;
+  bool sendDotCommand(dotCmd* /*command*/, unsigned char* /*reply*/, int* /*replyLength*/,
+                      int /*spIndex*/, int /*bufferSize*/) override {
+    return false;
+  }
+  bool sendTamberCommand(TamberCmd* /*command*/, int* /*replyLength*/,
+                         unsigned char* /*reply*/) override {
+    return false;
+  }
+  bool sendIPMICommand(unsigned char* bytes, int* length, int capacity, bool wait) override;
   void printMatrix(const unsigned char* bytes, int length) override {
     printMatrixToStderr(bytes, length);
   }

@@ -83,7 +83,7 @@ class SimulatedSPLibrary : public SPLibrary {
   bool sendDotCommand(dotCmd* command, unsigned char* reply, int* replyLength, int spIndex,
                       int bufferSize) override;
   bool sendTamberCommand(TamberCmd* command, int* replyLength, unsigned char* reply) override;
-  bool sendIPMICommand(unsigned char* buffer, int* length, int capacity, bool wait) override;
+  bool sendIPMICommand(unsigned char* bytes, int* length, int capacity, bool wait) override;
   void printMatrix(const unsigned char* bytes, int length) override {
     printMatrixToStderr(bytes, length);
   }

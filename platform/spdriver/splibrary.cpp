@@ -32,12 +32,12 @@ dotCmd::dotCmd(unsigned char commandType, int commandLength, int dataLength,
       data(copied(dataBytes, dataLength)) {}
 
 TamberCmd::TamberCmd(unsigned char byte0, unsigned char byte1, unsigned char byte2,
-                     unsigned char byte3, unsigned char* dataBytes, int dataLength, bool first,
-                     bool second)
+                     unsigned char byte3, unsigned char* dataBytes, int dataLength, bool flag0Value,
+                     bool flag1Value)
     : command{byte0, byte1, byte2, byte3},
       data(copied(dataBytes, dataLength)),
-      flag0(first),
-      flag1(second) {}
+      flag0(flag0Value),
+      flag1(flag1Value) {}
 
 SPLibrary::~SPLibrary() = default;
 

@@ -15,11 +15,13 @@ int orError(int result) { return result < 0 ? -errno : result; }
 
 class KernelCalls : public SystemCalls {
  public:
+  // NOLINTBEGIN(cppcoreguidelines-pro-type-vararg): open() and ioctl() are declared so
   int open(const char* path) override { return orError(::open(path, O_RDWR | O_CLOEXEC)); }
-  void close(int file) override { ::close(file); }
   int ioctl(int file, unsigned long request, void* argument) override {
     return orError(::ioctl(file, request, argument));
   }
+  // NOLINTEND(cppcoreguidelines-pro-type-vararg)
+  void close(int file) override { ::close(file); }
   int poll(pollfd& waited, int milliseconds) override {
     return orError(::poll(&waited, 1, milliseconds));
   }

@@ -13,7 +13,10 @@ namespace NKRXVEL20::host {
 // where it fails.
 class SystemCalls {
  public:
+  SystemCalls() = default;
   virtual ~SystemCalls();
+  SystemCalls(const SystemCalls&) = delete;
+  SystemCalls& operator=(const SystemCalls&) = delete;
 
   virtual int open(const char* path) = 0;  // for reading and writing
   virtual void close(int file) = 0;

@@ -43,7 +43,7 @@ class TrafficRecorder : public SPLibrary {
   bool sendDotCommand(dotCmd* command, unsigned char* reply, int* replyLength, int spIndex,
                       int bufferSize) override;
   bool sendTamberCommand(TamberCmd* command, int* replyLength, unsigned char* reply) override;
-  bool sendIPMICommand(unsigned char* buffer, int* length, int capacity, bool wait) override;
+  bool sendIPMICommand(unsigned char* bytes, int* length, int capacity, bool wait) override;
 
  private:
   std::unique_ptr<SPLibrary> library_;
