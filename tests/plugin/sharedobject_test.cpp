@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The shared object itself, as a host meets it.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <boost/make_shared.hpp>
+#include <cstdio>
+#include <memory>
+
+#include "velhost/cimnamespace.h"
+#include "velhost/pluginloader.h"
+#include "velhost/rootobject.h"
+#include "velhost/smbios.h"
+#include "velhost/spdriver.h"
+
+namespace spfirmwarevpd::test {
+namespace {
+
+using namespace NKRXVEL20;
+
+std::string output(const std::string& command) {
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> pipe(popen(command.c_str(), "r"), pclose);
+  std::string text;
+  for (int c = std::fgetc(pipe.get()); c != EOF; c = std::fgetc(pipe.get())) {
+    text += static_cast<char>(c);
+  }
+  return text;
+}
+
+bool isLoaded() {
+  void* const handle = dlopen(PLUGIN_FILE, RTLD_NOW | RTLD_NOLOAD);
+  if (handle != nullptr) dlclose(handle);
+  return handle != nullptr;
+}
+
+TEST(SharedObjectTest, LoadsAnswersUnloadsAndLoadsAgain) {
+  host::setMachineType("");
+  host::setSmbiosTable(
+      host::SmbiosTable{{{{0, 10, 0, 0, 1, 2, 0, 0xE0, 3, 0, 'K', 0, '1', 0, 0}}}});
+  host::setSPLibrary(host::makeSimulatedSP({}));
+  host::PluginLoader loader;
+  for (int round = 1; round <= 2; ++round) {
+    ASSERT_FALSE(isLoaded()) << round;
+    const auto ns = boost::make_shared<host::CimNamespace>(std::vector<std::string>{},
+                                                           std::vector<host::Fault>{});
+    const auto plugin = loader.load(PLUGIN_FILE);
+    EXPECT_EQ(plugin->callbacks().GetName(), "SPFirmwareVPD") << round;
+    plugin->callbacks().Init();
+    std::vector<boost::shared_ptr<ICIMClass>> classes = {
+        ns->requestClass("KRXSG_SystemBIOSElement")};
+    plugin->query().GetData(ns, classes);
+    EXPECT_EQ(ns->takePublished().size(), 1U) << round;
+  }
+  EXPECT_FALSE(isLoaded());
+  host::setSmbiosTable(std::nullopt);
+  host::setSPLibrary(nullptr);
+  host::setMachineType(std::nullopt);
+}
+
+TEST(SharedObjectTest, ExportsOneConstantAndNothingElse) {
+  EXPECT_EQ(output("nm -D --defined-only --format=just-symbols " PLUGIN_FILE),
+            "DIMM_BYTES_TOTAL_OFFSET\n");
+}
+
+TEST(SharedObjectTest, ExportedConstantIsOne) {
+  const host::PluginLoader loader;  // the static constructor registers with it
+  void* const handle = dlopen(PLUGIN_FILE, RTLD_NOW | RTLD_LOCAL);
+  ASSERT_NE(handle, nullptr) << dlerror();
+  const auto* offset = static_cast<const std::int32_t*>(dlsym(handle, "DIMM_BYTES_TOTAL_OFFSET"));
+  ASSERT_NE(offset, nullptr);
+  EXPECT_EQ(*offset, 1);
+}
+
+TEST(SharedObjectTest, NeedsThePlatformAndTheCxxRuntimeOnly) {
+  const std::string needed =
+      output("readelf -d " PLUGIN_FILE " | sed -n 's/.*NEEDED.*\\[\\(.*\\)\\].*/\\1/p'");
+  for (const char* library :
+       {"libvelcore.so", "libplugin.nsp.so", "libspdriver.so", "libsmbios.so"}) {
+    EXPECT_NE(needed.find(library), std::string::npos) << library;
+  }
+  EXPECT_EQ(needed.find("boost"), std::string::npos) << needed;
+}
+
+}  // namespace
+}  // namespace spfirmwarevpd::test
