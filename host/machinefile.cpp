@@ -1,0 +1,206 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/machinefile.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <system_error>
+
+#include "host/jsondocument.h"
+#include "host/smbiossection.h"
+#include "host/spsection.h"
+#include "host/wholefile.h"
+#include "velhost/schema.h"
+
+namespace velhost {
+namespace {
+
+using NKRXVEL20::ECIMType;
+using NKRXVEL20::TCIMDateTime;
+using NKRXVEL20::TCIMValue;
+using NKRXVEL20::host::CimOperation;
+using NKRXVEL20::host::ClassSchema;
+using NKRXVEL20::host::Fault;
+using NKRXVEL20::host::PropertyList;
+
+constexpr std::string_view kFormat = "vel-machine/1";
+
+struct OperationRow {
+  CimOperation operation;
+  bool hasProperty;
+};
+
+constexpr std::pair<std::string_view, OperationRow> kOperations[] = {
+    {"get_class", {CimOperation::kGetClass, false}},
+    {"create_instance", {CimOperation::kCreateInstance, false}},
+    {"enumerate_instances", {CimOperation::kEnumerateInstances, false}},
+    {"get_property", {CimOperation::kGetProperty, true}},
+    {"set_property", {CimOperation::kSetProperty, true}},
+    {"add_to_class", {CimOperation::kAddToClass, false}},
+};
+
+constexpr std::pair<std::string_view, bool> kThrownAsRuntimeError[] = {
+    {"TVELException", false},
+    {"runtime_error", true},
+};
+
+struct DocumentReading {
+  std::filesystem::path folder;
+  MachineFile machine;
+};
+
+struct FaultReading {
+  OperationRow operation{};
+  Fault fault;
+};
+
+const ClassSchema& classNamed(const Cursor& at, const std::string& name) {
+  const ClassSchema* const found = NKRXVEL20::host::findClass(name);
+  if (found == nullptr) at.fail("the schema has no class of this name");
+  return *found;
+}
+
+std::string readClassName(const Cursor& at) { return std::string(classNamed(at, at.text()).name); }
+
+TCIMDateTime readDateTime(const Cursor& at) {
+  TCIMDateTime value(at.text());
+  if (value.ToString() != at.text()) {
+    at.fail("must be a CIM date-time such as 20090714000000.000000+000");
+  }
+  return value;
+}
+
+TCIMValue readValue(const Cursor& at, ECIMType type) {
+  switch (type) {
+    case ECIMType::kString:
+      return TCIMValue(at.text());
+    case ECIMType::kBoolean:
+      return TCIMValue(at.boolean());
+    case ECIMType::kUint8:
+      return TCIMValue(at.integer<std::uint8_t>());
+    case ECIMType::kUint16:
+      return TCIMValue(at.integer<std::uint16_t>());
+    case ECIMType::kUint64:
+      return TCIMValue(at.integer<std::uint64_t>());
+    case ECIMType::kDateTime:
+      return TCIMValue(readDateTime(at));
+    case ECIMType::kEmpty:
+      break;
+  }
+  at.fail("the schema gives this property no type");
+}
+
+PropertyList readProperties(const Cursor& at, const ClassSchema& cimClass) {
+  PropertyList properties;
+  at.eachMember([&](const std::string& name, const Cursor& value) {
+    const auto* const property = NKRXVEL20::host::findProperty(cimClass, name);
+    if (property == nullptr) {
+      value.fail(std::string(cimClass.name) + " has no property of this name");
+    }
+    properties.emplace_back(name, readValue(value, property->type));
+  });
+  return properties;
+}
+
+void readInstances(const Cursor& at, DocumentReading& document) {
+  at.eachMember([&](const std::string& name, const Cursor& list) {
+    const ClassSchema& cimClass = classNamed(list, name);
+    list.eachElement([&](const Cursor& item) {
+      document.machine.instances.push_back({name, readProperties(item, cimClass)});
+    });
+  });
+}
+
+void readMissingClasses(const Cursor& at, DocumentReading& document) {
+  at.eachElement(
+      [&](const Cursor& item) { document.machine.missingClasses.push_back(readClassName(item)); });
+}
+
+constexpr Member<FaultReading> kFaultMembers[] = {
+    {"operation", [](const Cursor& at, FaultReading& f) { f.operation = choice(at, kOperations); },
+     true},
+    {"class", [](const Cursor& at, FaultReading& f) { f.fault.className = readClassName(at); }},
+    {"property", [](const Cursor& at, FaultReading& f) { f.fault.propertyName = at.text(); }},
+    {"nth", [](const Cursor& at, FaultReading& f) { f.fault.nth = at.integer<unsigned>(1); }},
+    {"throw",
+     [](const Cursor& at, FaultReading& f) {
+       f.fault.throwsRuntimeError = choice(at, kThrownAsRuntimeError);
+     }},
+};
+
+bool schemaHasProperty(const std::string& className, const std::string& propertyName) {
+  return std::ranges::any_of(NKRXVEL20::host::schema(), [&](const ClassSchema& cimClass) {
+    return (className.empty() || cimClass.name == className) &&
+           NKRXVEL20::host::findProperty(cimClass, propertyName) != nullptr;
+  });
+}
+
+Fault readFault(const Cursor& at) {
+  FaultReading reading;
+  readMembers(at, kFaultMembers, reading);
+  Fault& fault = reading.fault;
+  fault.operation = reading.operation.operation;
+  if (!at.has("property")) return std::move(fault);
+  if (!reading.operation.hasProperty) at.failAt("property", "the operation has no property");
+  if (!schemaHasProperty(fault.className, fault.propertyName)) {
+    const std::string who =
+        fault.className.empty() ? "no class has a" : fault.className + " has no";
+    at.failAt("property", who + " property of this name");
+  }
+  return std::move(fault);
+}
+
+void readFaults(const Cursor& at, DocumentReading& document) {
+  at.eachElement([&](const Cursor& item) { document.machine.faults.push_back(readFault(item)); });
+}
+
+constexpr Member<DocumentReading> kMembers[] = {
+    {"format", [](const Cursor&, DocumentReading&) {}, true},  // looked at before all others
+    {"name", [](const Cursor& at, DocumentReading& d) { d.machine.name = at.text(); }, true},
+    {"description",
+     [](const Cursor& at, DocumentReading& d) { d.machine.description = at.text(); }},
+    {"machine_type",
+     [](const Cursor& at, DocumentReading& d) { d.machine.machineType = at.text(); }},
+    {"smbios", [](const Cursor& at,
+                  DocumentReading& d) { d.machine.smbios = readSmbiosSection(at, d.folder); }},
+    {"sp", [](const Cursor& at, DocumentReading& d) { d.machine.sp = readSpSection(at); }},
+    {"instances", readInstances},
+    {"missing_classes", readMissingClasses},
+    {"faults", readFaults},
+};
+
+// Looked at first: in a document of another format everything else is likely wrong as well.
+void checkFormat(const Cursor& document) {
+  if (!document.has("format")) return;
+  document.eachMember([](const std::string& key, const Cursor& value) {
+    if (key == "format" && value.text() != kFormat) {
+      value.fail("must be \"" + std::string(kFormat) + '"');
+    }
+  });
+}
+
+}  // namespace
+
+MachineFile parseMachineFile(std::string_view text, const std::filesystem::path& file) {
+  try {
+    const Json document = parseDocument(text);
+    const Cursor root(document);
+    DocumentReading reading{file.parent_path(), {}};
+    checkFormat(root);
+    readMembers(root, kMembers, reading);
+    return std::move(reading.machine);
+  } catch (const DocumentError& error) {
+    throw MachineFileError(file.string() + ":" + error.what());
+  }
+}
+
+MachineFile readMachineFile(const std::filesystem::path& file) {
+  std::string text;
+  try {
+    text = readWholeFile(file);
+  } catch (const std::system_error& error) {
+    throw MachineFileError(file.string() + ": cannot be read: " + error.code().message());
+  }
+  return parseMachineFile(text, file);
+}
+
+}  // namespace velhost
