@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "vel/cimvalue.h"
+
+namespace velhost {
+
+// A property value as JSON: numbers as numbers, booleans, texts (as UTF-8), a date-time as its CIM
+// text, an empty value as null.
+nlohmann::ordered_json plainValue(const NKRXVEL20::TCIMValue& value);
+
+// The document's text: indented, one line feed at the end.
+std::string documentText(const nlohmann::ordered_json& document);
+
+}  // namespace velhost

@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/commandline.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <charconv>
+#include <limits>
+#include <span>
+#include <string_view>
+#include <utility>
+
+namespace velhost {
+namespace {
+
+constexpr char kVersion[] = "velhost " VELHOST_VERSION;
+
+constexpr char kDescription[] =
+    "Loads a collector plug-in, queries it and shows the CIM instances that it publishes.";
+
+constexpr char kExamplesAndStatuses[] =
+    "Examples:\n"
+    "  velhost query\n"
+    "      what the firmware collector finds on this machine (as root: SMBIOS needs it)\n"
+    "  velhost query KRXSG_SystemBIOSElement --machine machines/uefi.json --format json\n"
+    "      the BIOS element of a machine that a file describes, for jq\n"
+    "\n"
+    "Exit status:\n"
+    "  0  answered\n"
+    "  1  the plug-in or the framework refused or failed\n"
+    "  2  bad usage or bad input; nothing was printed\n"
+    "  3  something of this machine could not be read; the rest was printed\n";
+
+constexpr char kQueryNotes[] =
+    "Formats:\n"
+    "  table  for people\n"
+    "  json   one key a class, plain values\n"
+    "  trace  everything: typed values, errors, both logs, the traffic with the SPs\n"
+    "With --repeat, table and json show the answer to the last request, trace shows all.\n";
+
+using FormatName = std::pair<std::string_view, Format>;
+constexpr FormatName kFormats[] = {
+    {"table", Format::kTable}, {"json", Format::kJson}, {"trace", Format::kTrace}};
+constexpr std::span<const FormatName> kQueryFormats(kFormats);
+constexpr std::span<const FormatName> kClassesFormats = kQueryFormats.first(2);
+
+// The library's own conversion takes octal and hexadecimal numbers as well.
+template <class Number>
+void addNumber(CLI::App& app, const std::string& name, Number& value, Number lowest,
+               const std::string& description) {
+  app.add_option_function<std::string>(
+         name,
+         [name, &value, lowest](const std::string& text) {
+           Number number{};
+           const char* const end = text.data() + text.size();
+           const auto [rest, error] = std::from_chars(text.data(), end, number);
+           if (error != std::errc() || rest != end || number < lowest) {
+             throw CLI::ValidationError(
+                 name, "\"" + text + "\" is no whole number from " + std::to_string(lowest) +
+                           " to " + std::to_string(std::numeric_limits<Number>::max()));
+           }
+           value = number;
+         },
+         description)
+      ->type_name("N")
+      ->default_str(std::to_string(value));
+}
+
+void addFormat(CLI::App& app, Format& format, std::span<const FormatName> names) {
+  std::string list;
+  for (const auto& [name, value] : names) list += (list.empty() ? "" : ", ") + std::string(name);
+  app.add_option_function<std::string>(
+         "--format",
+         [&format, names, list](const std::string& text) {
+           const auto found = std::find_if(names.begin(), names.end(), [&](const FormatName& name) {
+             return name.first == text;
+           });
+           if (found == names.end()) {
+             throw CLI::ValidationError("--format", "\"" + text + "\" is none of " + list);
+           }
+           format = found->second;
+         },
+         "How the answer is printed: " + list)
+      ->type_name("FORMAT")
+      ->default_str("table");
+}
+
+template <class Value>
+void addPath(CLI::App& app, const std::string& name, std::optional<Value>& path,
+             const std::string& description) {
+  app.add_option_function<std::string>(
+         name, [&path](const std::string& text) { path = text; }, description)
+      ->type_name("FILE");
+}
+
+CLI::App* addQuery(CLI::App& app, QueryCommand& query) {
+  CLI::App* const command = app.add_subcommand("query", "Query the plug-in");
+  command->add_option("CLASS", query.classes, "Classes to ask for; none: all that it serves")
+      ->type_name("");
+  addPath(*command, "--machine", query.machine, "Ask the machine that this file describes");
+  addPath(*command, "--plugin", query.plugin, "The plug-in; default: the one beside velhost");
+  addFormat(*command, query.format, kQueryFormats);
+  addPath(*command, "--output", query.output, "Write the answer to this file");
+  addNumber(*command, "--repeat", query.repeat, 1U, "Make N requests");
+  command->add_flag("--reinit", query.reinit, "Init again before each request but the first");
+  addNumber(*command, "--log-level", query.logLevel, std::numeric_limits<int>::min(),
+            "Show core-log entries with a severity up to N on standard error");
+  command->footer(kQueryNotes);
+  return command;
+}
+
+CLI::App* addClasses(CLI::App& app, ClassesCommand& classes) {
+  CLI::App* const command = app.add_subcommand("classes", "Show the classes of the schema");
+  command->add_option("CLASS", classes.classes, "Classes to show; none: all")->type_name("");
+  addFormat(*command, classes.format, kClassesFormats);
+  return command;
+}
+
+CLI::App* addCheck(CLI::App& app, std::vector<std::string>& files) {
+  CLI::App* const command = app.add_subcommand("check", "Check machine files");
+  command->add_option("FILE", files, "Machine files")->type_name("")->required();
+  return command;
+}
+
+}  // namespace
+
+Command parseCommandLine(int argc, const char* const* argv) {
+  QueryCommand query;
+  ClassesCommand classes;
+  std::vector<std::string> files;
+  CLI::App app(kDescription, "velhost");
+  app.set_version_flag("--version", kVersion, "Print the version and exit");
+  app.footer(kExamplesAndStatuses);
+  app.require_subcommand(0, 1);  // one is needed, but an unknown word is to be named first
+  const CLI::App* const isQuery = addQuery(app, query);
+  const CLI::App* const isClasses = addClasses(app, classes);
+  const CLI::App* const isCheck = addCheck(app, files);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp&) {
+    return PrintCommand{app.help("", CLI::AppFormatMode::All)};
+  } catch (const CLI::CallForVersion&) {
+    return PrintCommand{std::string(kVersion) + "\n"};
+  } catch (const CLI::ParseError& error) {
+    throw InputError(std::string(error.what()) + "; see velhost --help");
+  }
+  if (isQuery->parsed()) return query;
+  if (isClasses->parsed()) return classes;
+  if (isCheck->parsed()) return CheckCommand{{files.begin(), files.end()}};
+  throw InputError("a command is missing: query, classes or check; see velhost --help");
+}
+
+}  // namespace velhost

@@ -1,0 +1,145 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/commands.h"
+
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "host/defaultplugin.h"
+#include "host/machine.h"
+#include "host/machinefile.h"
+#include "host/plainjson.h"
+#include "host/queryrun.h"
+#include "host/requesterror.h"
+#include "host/resultdocument.h"
+#include "host/schemaformat.h"
+#include "host/tableformat.h"
+#include "host/utf8.h"
+#include "host/wholefile.h"
+
+namespace velhost {
+namespace {
+
+using NKRXVEL20::host::ClassSchema;
+using NKRXVEL20::host::LogEntry;
+
+const ClassSchema* schemaClass(const std::string& name) {
+  const ClassSchema* const found = NKRXVEL20::host::findClass(name);
+  if (found == nullptr)
+    throw InputError("\"" + name + "\" is no class; velhost classes lists them");
+  return found;
+}
+
+// The answer in the format asked for, made of the results as they come in.
+class Answer {
+ public:
+  Answer(Format format, const QueryContext& context) : format_(format), context_(context) {
+    if (format == Format::kTrace) trace_.emplace(context);
+  }
+
+  void add(QueryResult result) {
+    if (trace_) {
+      trace_->add(result);
+    } else {
+      last_ = std::move(result);
+    }
+  }
+
+  std::string text() const {
+    if (trace_) return trace_->text();
+    return format_ == Format::kJson ? plainJson(last_) : tableText(context_, last_);
+  }
+
+ private:
+  Format format_;
+  const QueryContext& context_;
+  std::optional<ResultDocument> trace_;
+  QueryResult last_;
+};
+
+void print(const std::unique_ptr<OutputFile>& file, std::string_view text) {
+  if (file) {
+    file->write(text);
+  } else {
+    writeStandardOutput(text);
+  }
+}
+
+void showLogEntry(const LogEntry& entry, int level) {
+  if (entry.severity > level) return;
+  complain("log[" + std::to_string(entry.severity) + "]: " + entry.text);
+}
+
+// Makes the requests; true when all were answered.
+bool makeRequests(const QueryCommand& command, const std::vector<std::string>& classes,
+                  QueryRun& queryRun, Answer& answer) {
+  bool answered = true;
+  for (unsigned i = 0; i < command.repeat; ++i) {
+    QueryResult result = queryRun.request(classes, i == 0 || command.reinit);
+    if (result.error) {
+      complain("the plug-in refused the request: " + errorText(*result.error));
+      answered = false;
+    }
+    answer.add(std::move(result));
+  }
+  return answered;
+}
+
+}  // namespace
+
+int run(const QueryCommand& command) {
+  for (const std::string& name : command.classes) schemaClass(name);
+  const auto classes = command.classes.empty() ? defaultClasses() : command.classes;
+  Machine machine = command.machine ? machineOfFile(*command.machine) : liveMachine();
+  const std::vector<std::string> unreadable = machine.unreadable;
+  const auto output = command.output ? std::make_unique<OutputFile>(*command.output) : nullptr;
+  const auto plugin = command.plugin ? *command.plugin : defaultPlugin(programFolder());
+
+  const int level = command.logLevel;
+  QueryRun queryRun(std::move(machine),
+                    {plugin, command.format == Format::kTrace,
+                     [level](const LogEntry& entry) { showLogEntry(entry, level); }});
+  for (const std::string& line : unreadable) complain(line);
+  Answer answer(command.format, queryRun.context());
+  const bool answered = makeRequests(command, classes, queryRun, answer);
+  print(output, answer.text());
+  if (!answered) return kRefused;
+  return unreadable.empty() ? kAnswered : kUnreadable;
+}
+
+int run(const ClassesCommand& command) {
+  ClassList classes;
+  for (const std::string& name : command.classes) classes.push_back(schemaClass(name));
+  if (classes.empty()) {
+    for (const ClassSchema& cimClass : NKRXVEL20::host::schema()) classes.push_back(&cimClass);
+  }
+  writeStandardOutput(command.format == Format::kJson ? schemaJson(classes) : schemaTable(classes));
+  return kAnswered;
+}
+
+int run(const CheckCommand& command) {
+  int status = kAnswered;
+  for (const auto& file : command.files) {
+    try {
+      static_cast<void>(readMachineFile(file));
+      writeStandardOutput(visible(file.string()) + ": ok\n");
+    } catch (const MachineFileError& error) {
+      complain(error.what());
+      status = kBadInput;
+    }
+  }
+  return status;
+}
+
+int run(const PrintCommand& command) {
+  writeStandardOutput(command.text);
+  return kAnswered;
+}
+
+void complain(std::string_view what) {
+  const std::string line = "velhost: " + visible(what) + '\n';
+  static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
+}
+
+}  // namespace velhost
