@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/bytesfield.h"
+
+#include <gtest/gtest.h>
+
+namespace velhost {
+namespace {
+
+TEST(BytesField, PiecesAreLaidEndToEnd) {
+  const struct {
+    const char* what;
+    const char* json;
+    Bytes bytes;
+  } cases[] = {
+      {"no bytes", R"("")", {}},
+      {"hex pairs", R"("04 03 050b")", {4, 3, 5, 0x0B}},
+      {"no pieces", "[]", {}},
+      {"hex pieces", R"(["04 03", "", "05"])", {4, 3, 5}},
+      {"a text as long as it is", R"([{"text": "P1"}])", {'P', '1'}},
+      {"a text padded with zeros", R"([{"text": "P1", "size": 4}])", {'P', '1', 0, 0}},
+      {"a text of just its size", R"([{"text": "P1", "size": 2}])", {'P', '1'}},
+      {"UTF-8 bytes are counted", R"([{"text": "\u00fc", "size": 2}])", {0xC3, 0xBC}},
+      {"a zero byte in a text", R"([{"text": "a\u0000b"}])", {'a', 0, 'b'}},
+      {"an empty text is only its padding", R"([{"text": "", "size": 2}])", {0, 0}},
+      {"zeros", R"(["FF", {"zeros": 3}, {"zeros": 0}, "FF"])", {0xFF, 0, 0, 0, 0xFF}},
+  };
+  for (const auto& c : cases) {
+    const Json document = parseDocument(c.json);
+    EXPECT_EQ(c.bytes, readBytes(Cursor(document))) << c.what;
+  }
+}
+
+TEST(BytesField, WhatIsWrongIsNamedWithItsPiece) {
+  const struct {
+    const char* json;
+    const char* complaint;
+  } cases[] = {
+      {R"("0")", " /: the last hex pair has only one digit"},
+      {R"(["00", "0 0"])", " /1: blank inside a hex pair at character 2"},
+      {"4", " /: must be hex pairs or a list of pieces"},
+      {R"({"zeros": 1})", " /: must be hex pairs or a list of pieces"},
+      {"[4]", " /0: must be hex pairs, a text with its size, or zeros"},
+      {"[[]]", " /0: must be hex pairs, a text with its size, or zeros"},
+      {"[{}]", " /0: must have either \"text\" or \"zeros\""},
+      {R"([{"text": "a", "zeros": 1}])", " /0: must have either \"text\" or \"zeros\""},
+      {R"([{"zeros": 1, "size": 1}])", " /0/size: goes with \"text\" only"},
+      {R"([{"size": 1}])", " /0: must have either \"text\" or \"zeros\""},
+      {R"([{"text": "abc", "size": 2}])", " /0/text: has 3 bytes, more than its size of 2"},
+      {R"([{"text": 1}])", " /0/text: must be a text"},
+      {R"([{"zeros": -1}])", " /0/zeros: must be from 0 to 1048576"},
+      {R"([{"zeros": 1048577}])", " /0/zeros: must be from 0 to 1048576"},
+      {R"([{"text": "a", "length": 2}])", " /0/length: unknown key"},
+  };
+  for (const auto& c : cases) {
+    const Json document = parseDocument(c.json);
+    try {
+      readBytes(Cursor(document));
+      ADD_FAILURE() << "accepted: " << c.json;
+    } catch (const DocumentError& error) {
+      EXPECT_STREQ(c.complaint, error.what()) << c.json;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace velhost

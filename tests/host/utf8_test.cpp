@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/utf8.h"
+
+#include <gtest/gtest.h>
+
+using namespace std::string_literals;
+
+namespace velhost {
+namespace {
+
+#define FFFD "\xEF\xBF\xBD"
+
+const struct {
+  const char* what;
+  std::string text;
+  std::string replaced;
+} kTexts[] = {
+    {"empty", "", ""},
+    {"ASCII", "DIMM 1", "DIMM 1"},
+    {"zero byte", "a\0b"s, "a\0b"s},
+    {"two bytes, first and last", "\xC2\x80\xDF\xBF", "\xC2\x80\xDF\xBF"},
+    {"three bytes, first and last", "\xE0\xA0\x80\xEF\xBF\xBF", "\xE0\xA0\x80\xEF\xBF\xBF"},
+    {"four bytes, first and last", "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF",
+     "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"},
+    {"a Latin-1 byte", "M\xFCller", "M" FFFD "ller"},
+    {"a continuation byte by itself", "\x80", FFFD},
+    {"two bytes cut after one", "a\xC3", "a" FFFD},
+    {"three bytes cut after two: each byte", "\xE2\x82", FFFD FFFD},
+    {"three bytes broken by a letter", "\xE2\x82z", FFFD FFFD "z"},
+    {"four bytes cut after three", "\xF0\x9F\x98", FFFD FFFD FFFD},
+    {"overlong slash", "\xC0\xAF", FFFD FFFD},
+    {"overlong three bytes", "\xE0\x9F\xBF", FFFD FFFD FFFD},
+    {"overlong four bytes", "\xF0\x8F\xBF\xBF", FFFD FFFD FFFD FFFD},
+    {"surrogate", "\xED\xA0\x80", FFFD FFFD FFFD},
+    {"above U+10FFFF", "\xF4\x90\x80\x80", FFFD FFFD FFFD FFFD},
+    {"lead bytes that never occur", "\xF5\xFF", FFFD FFFD},
+    {"a good sequence behind a broken one", "\xC3\xC3\xA9", FFFD "\xC3\xA9"},
+};
+
+TEST(Utf8, EachByteOutsideASequenceIsReplacedByItself) {
+  for (const auto& c : kTexts) {
+    EXPECT_EQ(c.replaced, toUtf8(c.text)) << c.what;
+    EXPECT_EQ(c.text == c.replaced, isUtf8(c.text)) << c.what;
+  }
+}
+
+TEST(Utf8, ControlCharactersAndStrayBytesAreMadeVisible) {
+  const struct {
+    const char* what;
+    std::string text;
+    std::string shown;
+  } cases[] = {
+      {"plain", "1.08 [ABC]", "1.08 [ABC]"},
+      {"line feed, return, tab", "a\nb\rc\td", "a\\nb\\rc\\td"},
+      {"zero, escape, delete", "\0\x1B\x7F"s, "\\x00\\x1b\\x7f"},
+      {"C1 control U+0085", "\xC2\x85", "\\xc2\\x85"},
+      {"no-break space stays", "\xC2\xA0", "\xC2\xA0"},
+      {"a stray byte", "\xFF.", "\\xff."},
+      {"umlaut stays", "\xC3\xBC", "\xC3\xBC"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(c.shown, visible(c.text)) << c.what;
+}
+
+TEST(Utf8, CharactersAreCountedNotBytes) {
+  EXPECT_EQ(0U, characterCount(""));
+  EXPECT_EQ(6U, characterCount("M\xC3\xBCller"));
+  EXPECT_EQ(2U, characterCount("\xF0\x9F\x98\x80!"));
+}
+
+}  // namespace
+}  // namespace velhost

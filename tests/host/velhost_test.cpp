@@ -1,0 +1,302 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The program as people run it: what it prints where, and its exit status.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
+#include "programrun.h"
+
+namespace velhost {
+namespace {
+
+namespace fs = std::filesystem;
+using Words = std::vector<std::string>;
+
+class Velhost : public ::testing::Test {
+ protected:
+  Velhost() : folder_(fs::temp_directory_path() / ("velhost-" + std::to_string(::getpid()))) {
+    fs::create_directories(folder_);
+  }
+  ~Velhost() override { fs::remove_all(folder_); }
+
+  std::string put(const std::string& name, const std::string& text) const {
+    const fs::path file = folder_ / name;
+    std::ofstream(file, std::ios::binary) << text;
+    return file.string();
+  }
+
+  std::string bareMachine() const {
+    return put("bare.json", R"({ "format": "vel-machine/1", "name": "bare", "machine_type": "" })");
+  }
+
+  Words query(const Words& more) const {
+    Words words{"query", "--plugin", TEST_PLUGIN, "--machine", bareMachine()};
+    words.insert(words.end(), more.begin(), more.end());
+    return words;
+  }
+
+  static ProgramOutcome run(const Words& arguments) { return runProgram(VELHOST, {arguments, ""}); }
+
+  static std::string read(const fs::path& file) {
+    std::ifstream stream(file);
+    return {std::istreambuf_iterator<char>(stream), {}};
+  }
+
+  fs::path folder_;
+};
+
+// One line on standard error that names the place, status 2, nothing on standard output.
+void expectBadInput(const ProgramOutcome& outcome, const std::string& place,
+                    const std::string& what) {
+  EXPECT_EQ(2, outcome.status) << what;
+  EXPECT_EQ("", outcome.out) << what;
+  EXPECT_EQ(1, std::count(outcome.err.begin(), outcome.err.end(), '\n')) << what << outcome.err;
+  EXPECT_EQ(0U, outcome.err.find("velhost: ")) << what << outcome.err;
+  EXPECT_NE(std::string::npos, outcome.err.find(place)) << what << ": " << outcome.err;
+}
+
+TEST_F(Velhost, BadUsageIsToldInOneLine) {
+  const struct {
+    const char* what;
+    Words arguments;
+    const char* place;
+  } cases[] = {
+      {"no command", {}, "query, classes or check"},
+      {"unknown command", {"fly"}, "fly"},
+      {"a command of later", {"record"}, "record"},
+      {"unknown option", {"query", "--fly"}, "--fly"},
+      {"unknown option of check", {"check", "--fly", "x"}, "--fly"},
+      {"unknown format", {"query", "--format", "csv"}, "csv"},
+      {"repeat of none", {"query", "--repeat", "0"}, "--repeat"},
+      {"log level that is no number", {"query", "--log-level", "x"}, "--log-level"},
+      {"option without its value", {"query", "--machine"}, "--machine"},
+      {"line feed in an option", {"query", "--fly\nhigh"}, "--fly\\nhigh"},
+      {"check of nothing", {"check"}, "FILE"},
+      {"unknown class of the schema", {"classes", "KRXSG_None"}, "KRXSG_None"},
+  };
+  for (const auto& c : cases) expectBadInput(run(c.arguments), c.place, c.what);
+}
+
+TEST_F(Velhost, BadQueriesAreRefusedBeforeAnythingRuns) {
+  const struct {
+    const char* what;
+    Words arguments;
+    const char* place;
+  } cases[] = {
+      {"unknown class", {"KRXSG_Vpd", "KRXSG_None"}, "\"KRXSG_None\""},
+      {"class in other letters", {"krxsg_vpd"}, "\"krxsg_vpd\""},
+      {"empty class", {""}, "\"\""},
+      {"output in no folder", {"--output", "/nowhere/none/out"}, "/nowhere/none/out"},
+      {"output to a folder", {"--output", "/tmp"}, "/tmp"},
+      {"empty output", {"--output", ""}, "--output"},
+  };
+  for (const auto& c : cases) expectBadInput(run(query(c.arguments)), c.place, c.what);
+}
+
+TEST_F(Velhost, APluginThatCannotBeLoadedIsNamed) {
+  const std::string machine = bareMachine();
+  const std::string text = put("text.pi.so", "no shared object");
+  for (const std::string& plugin : {std::string("/nowhere/none.pi.so"), text}) {
+    expectBadInput(run({"query", "--machine", machine, "--plugin", plugin}), plugin, plugin);
+  }
+}
+
+TEST_F(Velhost, BadMachineFilesAreToldInOneLineByQueryAndCheck) {
+  const std::string head = R"({ "format": "vel-machine/1", "name": "x", )";
+  put("text.dmi", "this is no dump");
+  const struct {
+    const char* name;
+    std::string text;
+    const char* place;
+  } cases[] = {
+      {"empty.json", "", "empty.json:1:1: "},
+      {"broken.json", "{\n  \"format\": \"vel-machine/1\",,\n}", "broken.json:2:29: "},
+      {"unknownkey.json", head + R"("smbus": {} })", "unknownkey.json: /smbus: "},
+      {"oddhex.json", head + R"("smbios": { "structures": [ { "type": 0, "data": "012" } ] } })",
+       "oddhex.json: /smbios/structures/0/data: "},
+      {"longtext.json", head + R"("sp": { "dot_commands": [ { "command": "04",
+                 "reply": [ { "text": "abc", "size": 2 } ] } ] } })",
+       "longtext.json: /sp/dot_commands/0/reply/0/text: "},
+      {"nodump.json", head + R"("smbios": { "dump": "none.dmi" } })",
+       "nodump.json: /smbios/dump: "},
+      {"textdump.json", head + R"("smbios": { "dump": "text.dmi" } })",
+       "textdump.json: /smbios/dump: "},
+      {"folderdump.json", head + R"("smbios": { "dump": "." } })",
+       "folderdump.json: /smbios/dump: "},
+      {"format.json", R"({ "format": "vel-machine/2", "name": "x" })", "format.json: /format: "},
+      {"twice.json", head + R"("sp": {}, "sp": {} })", "twice.json: /sp: "},
+      {"class.json", head + R"("instances": { "KRXSG_None": [] } })",
+       "class.json: /instances/KRXSG_None: "},
+      {"feed.json", head + R"("a\nb": 1 })", "feed.json: /a\\nb: "},
+  };
+  for (const auto& c : cases) {
+    const std::string file = put(c.name, c.text);
+    expectBadInput(run({"check", file}), folder_.string() + "/" + c.place, c.name);
+    expectBadInput(run({"query", "--plugin", TEST_PLUGIN, "--machine", file}),
+                   folder_.string() + "/" + c.place, c.name);
+  }
+  for (const std::string& file : {folder_.string() + "/none.json", folder_.string()}) {
+    expectBadInput(run({"check", file}), file + ": ", file);
+    expectBadInput(run({"query", "--plugin", TEST_PLUGIN, "--machine", file}), file + ": ", file);
+  }
+}
+
+TEST_F(Velhost, CheckNamesTheGoodFilesAndTheBadOnes) {
+  const std::string good = bareMachine();
+  const ProgramOutcome outcome = run({"check", good, "/nowhere/none.json", good});
+  EXPECT_EQ(2, outcome.status);
+  EXPECT_EQ(good + ": ok\n" + good + ": ok\n", outcome.out);
+  EXPECT_EQ("velhost: /nowhere/none.json: cannot be read: No such file or directory\n",
+            outcome.err);
+  EXPECT_EQ(0, run({"check", good}).status);
+}
+
+TEST_F(Velhost, HelpAndVersionGoToStandardOutput) {
+  const ProgramOutcome help = run({"--help"});
+  EXPECT_EQ(0, help.status);
+  EXPECT_NE(std::string::npos, help.out.find("Usage: velhost"));
+  EXPECT_EQ("", help.err);
+  const ProgramOutcome version = run({"--version"});
+  EXPECT_EQ(0, version.status);
+  EXPECT_EQ("velhost 1.0.0\n", version.out);
+}
+
+TEST_F(Velhost, AnAnsweredQueryPrintsJson) {
+  const ProgramOutcome outcome = run(query({"KRXSG_Vpd", "KRXSG_cKVM", "--format", "json"}));
+  EXPECT_EQ(0, outcome.status);
+  EXPECT_EQ(R"({
+  "KRXSG_Vpd": [
+    {
+      "Name": "DIMM 1"
+    },
+    {
+      "Name": "DIMM 2"
+    }
+  ],
+  "KRXSG_cKVM": []
+}
+)",
+            outcome.out);
+  EXPECT_EQ("", outcome.err);
+}
+
+TEST_F(Velhost, TheTableIsTheDefault) {
+  const ProgramOutcome outcome = run(query({"KRXSG_Vpd"}));
+  EXPECT_EQ(0, outcome.status);
+  EXPECT_EQ(
+      "TestPlugin 0.9 on bare (machine file)\n"
+      "\n"
+      "KRXSG_Vpd  (2 instances)\n"
+      "  Name\n"
+      "  DIMM 1\n"
+      "  DIMM 2\n",
+      outcome.out);
+}
+
+TEST_F(Velhost, ARefusedClassShowsWhatWasPublishedBeforeAndEndsWithStatus1) {
+  const ProgramOutcome outcome = run(query({"KRXSG_Vpd", "KRXSG_USBDevice", "--format", "json"}));
+  EXPECT_EQ(1, outcome.status);
+  EXPECT_NE(std::string::npos, outcome.out.find("DIMM 2"));
+  EXPECT_EQ("velhost: the plug-in refused the request: TVELException code 2: not served\n",
+            outcome.err);
+}
+
+TEST_F(Velhost, EveryRequestOfARepeatIsMade) {
+  const ProgramOutcome outcome = run(query(
+      {"KRXSG_SystemBIOS", "--repeat", "3", "--reinit", "--log-level", "3", "--format", "trace"}));
+  EXPECT_EQ(1, outcome.status);
+  const std::string refused =
+      "velhost: the plug-in refused the request: std::runtime_error: it broke\n";
+  const std::string init = "velhost: log[3]: Init\n";
+  EXPECT_EQ(init + refused + init + refused + init + refused, outcome.err);
+  std::size_t errors = 0;
+  for (auto at = outcome.out.find("it broke"); at != std::string::npos;
+       at = outcome.out.find("it broke", at + 1)) {
+    ++errors;
+  }
+  EXPECT_EQ(3U, errors);
+}
+
+TEST_F(Velhost, WithoutReinitInitRunsOnce) {
+  const ProgramOutcome outcome =
+      run(query({"KRXSG_PostBIOSVPD", "--repeat", "3", "--log-level", "3"}));
+  EXPECT_EQ(0, outcome.status);
+  EXPECT_EQ("velhost: log[3]: Init\n", outcome.err);
+}
+
+TEST_F(Velhost, LogEntriesUpToTheLevelAreLinesOfTheirOwn) {
+  const struct {
+    Words level;
+    const char* lines;
+  } cases[] = {
+      {{}, "velhost: log[1]: two\\nlines \\xff\n"},
+      {{"--log-level", "0"}, ""},
+      {{"--log-level", "3"},
+       "velhost: log[3]: Init\nvelhost: log[3]: progress\nvelhost: log[1]: two\\nlines \\xff\n"},
+  };
+  for (const auto& c : cases) {
+    Words words{"KRXSG_DeviceDriver"};
+    words.insert(words.end(), c.level.begin(), c.level.end());
+    EXPECT_EQ(c.lines, run(query(words)).err);
+  }
+}
+
+TEST_F(Velhost, TheOutputFileIsWrittenWholeOrNotAtAll) {
+  const std::string file = put("out.json", "old");
+  const ProgramOutcome written = run(query({"KRXSG_cKVM", "--format", "json", "--output", file}));
+  EXPECT_EQ(0, written.status);
+  EXPECT_EQ("", written.out);
+  EXPECT_EQ("{\n  \"KRXSG_cKVM\": []\n}\n", read(file));
+  EXPECT_EQ(2, run({"query", "--machine", bareMachine(), "--plugin", "/nowhere/none.pi.so",
+                    "--output", file})
+                   .status);
+  EXPECT_EQ("{\n  \"KRXSG_cKVM\": []\n}\n", read(file));
+  EXPECT_EQ(2, std::distance(fs::directory_iterator(folder_), fs::directory_iterator()));
+}
+
+TEST_F(Velhost, AnOutputCalledDevStdoutIsWrittenWhereStandardOutputGoes) {
+  const std::string file = put("redirected", "");
+  const ProgramOutcome outcome = runProgram(
+      VELHOST, {query({"KRXSG_cKVM", "--format", "json", "--output", "/dev/stdout"}), file});
+  EXPECT_EQ(0, outcome.status) << outcome.err;
+  EXPECT_EQ("{\n  \"KRXSG_cKVM\": []\n}\n", read(file));
+  EXPECT_EQ(2, std::distance(fs::directory_iterator(folder_), fs::directory_iterator()));
+}
+
+TEST_F(Velhost, AFullStandardOutputIsNoticed) {
+  for (const Words& words : {query({"KRXSG_Vpd"}), Words{"classes"}, Words{"--help"}}) {
+    const ProgramOutcome outcome = runProgram(VELHOST, {words, "/dev/full"});
+    EXPECT_EQ(2, outcome.status) << words[0];
+    EXPECT_EQ("velhost: standard output: cannot be written: No space left on device\n",
+              outcome.err);
+  }
+}
+
+TEST_F(Velhost, ClassesShowTheSchema) {
+  const ProgramOutcome table = run({"classes", "KRXSG_QLA_ComputerSystem"});
+  EXPECT_EQ(0, table.status);
+  EXPECT_NE(std::string::npos, table.out.find("  SourceNode   uint8\n  Description  string\n"));
+  const ProgramOutcome all = run({"classes", "--format", "json"});
+  EXPECT_EQ(0, all.status);
+  EXPECT_NE(std::string::npos, all.out.find("\"name\": \"KRXSG_SystemBIOSElement\""));
+}
+
+TEST_F(Velhost, ALiveMachineIsAnsweredOrSaysWhatToDo) {
+  const ProgramOutcome outcome =
+      run({"query", "KRXSG_Vpd", "--plugin", TEST_PLUGIN, "--format", "json"});
+  EXPECT_NE(std::string::npos, outcome.out.find("DIMM 1"));
+  if (outcome.status == 0) {
+    EXPECT_EQ("", outcome.err);
+    return;
+  }
+  EXPECT_EQ(3, outcome.status);
+  EXPECT_EQ(1, std::count(outcome.err.begin(), outcome.err.end(), '\n')) << outcome.err;
+  EXPECT_NE(std::string::npos, outcome.err.find("--machine FILE")) << outcome.err;
+}
+
+}  // namespace
+}  // namespace velhost
