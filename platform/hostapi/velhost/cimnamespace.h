@@ -31,7 +31,7 @@ struct Fault {
   CimOperation operation = CimOperation::kGetClass;
   std::string className;
   std::string propertyName;
-  std::optional<unsigned> nth;  // the one matching call, from 1, that fails; nullopt: each
+  std::optional<unsigned> nth;      // the one matching call, from 1, that fails; nullopt: each
   bool throwsRuntimeError = false;  // std::runtime_error instead of TVELException code 1
 };
 

@@ -19,7 +19,9 @@ class VEL_API TCIMDateTime {
 
   const std::string& ToString() const noexcept { return text_; }
 
-  friend bool operator==(const TCIMDateTime& a, const TCIMDateTime& b) { return a.text_ == b.text_; }
+  friend bool operator==(const TCIMDateTime& a, const TCIMDateTime& b) {
+    return a.text_ == b.text_;
+  }
 
  private:
   std::string text_;

@@ -40,16 +40,16 @@ class VEL_API SPLibrary {
   // The process-wide object, owned by the driver; null when the driver could not be loaded.
   static SPLibrary* GetSplibraryInstance(int reserved);
 
-  virtual int discoverSPs() = 0;                // number of service processors found
-  virtual bool checkSPComm() = 0;               // a dot-command SP answers now
-  virtual bool isDotcommand() = 0;              // the SP speaks dot commands
-  virtual bool isTamber() = 0;                  // the SP is of the Tamber family
+  virtual int discoverSPs() = 0;    // number of service processors found
+  virtual bool checkSPComm() = 0;   // a dot-command SP answers now
+  virtual bool isDotcommand() = 0;  // the SP speaks dot commands
+  virtual bool isTamber() = 0;      // the SP is of the Tamber family
   virtual bool isTwgStop() = 0;
-  virtual bool isTvmlibrary() = 0;              // a Torvik Management Processor library is loaded
-  virtual bool IsBMCMachine() = 0;              // a BMC answers
-  virtual bool IsIPMIDriversPresent() = 0;      // the operating system has an IPMI driver
-  virtual bool IsIntegratedBMC() = 0;           // the machine's firmware is UEFI
-  virtual int GetNumberBMCNode() = 0;           // number of nodes with a BMC
+  virtual bool isTvmlibrary() = 0;          // a Torvik Management Processor library is loaded
+  virtual bool IsBMCMachine() = 0;          // a BMC answers
+  virtual bool IsIPMIDriversPresent() = 0;  // the operating system has an IPMI driver
+  virtual bool IsIntegratedBMC() = 0;       // the machine's firmware is UEFI
+  virtual int GetNumberBMCNode() = 0;       // number of nodes with a BMC
 
   // Fills the three lists of supported dot commands, 4096 bytes each. False when the SP did not
   // give them.
