@@ -135,7 +135,7 @@ PropertyMap DescriptorWalk::readGroup(const std::string& className, int spIndex)
                             {"SoftwareElementID", spNumber}};
   if (contains(className, kDiagnosticClass)) properties.emplace("Version", "");
 
-  field_.type = "x";
+  field_.type.assign(1, 'x');  // no type of a field
   std::size_t offset = 0;
   while (true) {
     logProgress("spfirmwarevpd::getSPFirmwareVpd parsing for data type, length , description");

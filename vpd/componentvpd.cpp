@@ -190,7 +190,7 @@ void ComponentReader::decode(const ComponentKind& kind, int number) {
       plugin_.printMemoryVpdData(name.data(), nodeLabel_.c_str(), reply_.data(), number, ns_);
       break;
     case Decoder::kCommon:
-      if (kind.instances == Instances::kNumbered) name += " " + std::to_string(number);
+      if (kind.instances == Instances::kNumbered) name.append(" ").append(std::to_string(number));
       plugin_.printVpdData(name.data(), nodeLabel_.c_str(), reply_.data(), ns_);
       break;
     case Decoder::kPlanar:
