@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include "vel/smbios.h"
 #include "velhost/smbios.h"
@@ -25,6 +26,12 @@ constexpr int kCannotOpen = 1;
 std::shared_ptr<const host::SmbiosTable>& currentTable() {
   static std::shared_ptr<const host::SmbiosTable> table;
   return table;
+}
+
+// Handles belong to the library: one that a caller never closes is given back with the library.
+std::vector<std::unique_ptr<TSmBiosHandle>>& openHandles() {
+  static std::vector<std::unique_ptr<TSmBiosHandle>> handles;
+  return handles;
 }
 
 // A structure without its type byte is of no type.
@@ -53,7 +60,8 @@ int smBiosLoad(TPluginManagerProvider* /*provider*/, TSmBiosHandle** handle) {
   const auto& table = currentTable();
   if (!table) return kCannotOpen;
   if (table->loadStatus != 0) return table->loadStatus;
-  *handle = std::make_unique<TSmBiosHandle>(TSmBiosHandle{table, std::nullopt, 0}).release();
+  openHandles().push_back(std::make_unique<TSmBiosHandle>(TSmBiosHandle{table, std::nullopt, 0}));
+  *handle = openHandles().back().get();
   return 0;
 }
 
@@ -73,7 +81,8 @@ int smBiosGetNext(TSmBiosHandle* handle, unsigned char* buffer, int* size) {
 }
 
 int smBiosClose(TSmBiosHandle** handle) {
-  std::unique_ptr<TSmBiosHandle>{std::exchange(*handle, nullptr)}.reset();
+  const TSmBiosHandle* const closed = std::exchange(*handle, nullptr);
+  std::erase_if(openHandles(), [closed](const auto& open) { return open.get() == closed; });
   return 0;
 }
 

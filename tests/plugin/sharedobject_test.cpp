@@ -64,12 +64,14 @@ TEST(SharedObjectTest, ExportsOneConstantAndNothingElse) {
 }
 
 TEST(SharedObjectTest, ExportedConstantIsOne) {
-  const host::PluginLoader loader;  // the static constructor registers with it
-  void* const handle = dlopen(PLUGIN_FILE, RTLD_NOW | RTLD_LOCAL);
+  host::PluginLoader loader;
+  const auto plugin = loader.load(PLUGIN_FILE);
+  void* const handle = dlopen(PLUGIN_FILE, RTLD_NOW | RTLD_NOLOAD);
   ASSERT_NE(handle, nullptr) << dlerror();
   const auto* offset = static_cast<const std::int32_t*>(dlsym(handle, "DIMM_BYTES_TOTAL_OFFSET"));
   ASSERT_NE(offset, nullptr);
   EXPECT_EQ(*offset, 1);
+  dlclose(handle);
 }
 
 TEST(SharedObjectTest, NeedsThePlatformAndTheCxxRuntimeOnly) {
