@@ -21,7 +21,7 @@ constexpr char kExamplesAndStatuses[] =
     "Examples:\n"
     "  velhost query\n"
     "      what the firmware collector finds on this machine (as root: SMBIOS needs it)\n"
-    "  velhost query KRXSG_SystemBIOSElement --machine machines/uefi.json --format json\n"
+    "  velhost query KRXSG_SystemBIOSElement --machine machines/uefi-two-node.json --format json\n"
     "      the BIOS element of a machine that a file describes, for jq\n"
     "\n"
     "Exit status:\n"

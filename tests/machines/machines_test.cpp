@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <memory>
 #include <nlohmann/json.hpp>
 
 namespace {
@@ -52,14 +51,25 @@ std::vector<MachineCase> allCases() {
   return cases;
 }
 
-std::string output(const std::string& command) {
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> pipe(popen(command.c_str(), "r"), pclose);
+struct Output {
   std::string text;
+  int exitStatus;
+};
+
+Output outputOf(const std::string& command) {
+  std::FILE* const pipe = popen(command.c_str(), "r");
+  Output output{};
   char buffer[4096];
-  while (const std::size_t n = std::fread(buffer, 1, sizeof buffer, pipe.get())) {
-    text.append(buffer, n);
+  while (const std::size_t n = std::fread(buffer, 1, sizeof buffer, pipe)) {
+    output.text.append(buffer, n);
   }
-  return text;
+  output.exitStatus = WEXITSTATUS(pclose(pipe));
+  return output;
+}
+
+bool hasError(const json& document) {
+  return std::ranges::any_of(document["queries"],
+                             [](const json& query) { return !query["error"].is_null(); });
 }
 
 // The order of properties counts, so they become a list; that of other members does not. The words
@@ -88,10 +98,11 @@ TEST_P(MachinesTest, GivesItsExpectedResult) {
   std::ifstream expectedFile(fileOf(c.name, c.suffix));
   ASSERT_TRUE(expectedFile) << "no expected result beside " << c.name;
   const json expected = comparable(ordered_json::parse(expectedFile));
-  const std::string text =
-      output(std::string(VELHOST) + " query --machine '" + fileOf(c.name, kMachineSuffix).string() +
-             "' --format trace --log-level -1 " + c.options + " 2>/dev/null");
-  const json actual = comparable(ordered_json::parse(text));
+  const Output output = outputOf(std::string(VELHOST) + " query --machine '" +
+                                 fileOf(c.name, kMachineSuffix).string() +
+                                 "' --format trace --log-level -1 " + c.options + " 2>/dev/null");
+  const json actual = comparable(ordered_json::parse(output.text));
+  EXPECT_EQ(output.exitStatus, hasError(expected) ? 1 : 0);  // the sanitizers have one of their own
   if (actual == expected) return;
   json difference = json::diff(expected, actual);
   const std::size_t count = difference.size();
