@@ -24,14 +24,6 @@ class DiagnosticsTest : public PluginTest {
     EXPECT_EQ(plugin.getDiagsFirmware(ns, sp()).status, 0);
     return published(plugin.diagnosticVpdInstances);
   }
-
-  void failProperty(const char* property) {
-    useFaults({{.operation = host::CimOperation::kSetProperty,
-                .className = "KRXSG_DiagnosticVPD",
-                .propertyName = property,
-                .nth = std::nullopt,
-                .throwsRuntimeError = false}});
-  }
 };
 
 TEST_F(DiagnosticsTest, EmptyTableAndAnotherMachineTypeGiveNoInstance) {
@@ -125,7 +117,7 @@ TEST_F(DiagnosticsTest, EachRefusalOfATextIsLoggedAndTheNextEntryTried) {
   };
   plugin.smbiosOemEntries = {{"KRX Diagnostics", "A1"}, {"KRX Preboot Diagnostics", "B2"}};
   for (const auto& c : cases) {
-    failProperty(c.property);
+    refuseProperty(c.property);
     EXPECT_EQ(plugin.getDiagsFirmware(ns, sp()).status, 0);
     EXPECT_EQ(takeLog(), (Log{{3, kEntering}, {0, c.failure}, {3, kEntering}, {0, c.failure}}))
         << c.property;
@@ -261,7 +253,7 @@ TEST_F(NodeDiagnosticsTest, EachRefusalIsLoggedAndEndsTheNodes) {
   };
   for (const auto& c : cases) {
     useNodes(2);
-    failProperty(c.property);
+    refuseProperty(c.property);
     EXPECT_EQ(plugin.createDiagInstanceBasedOnDotCommand(ns, sp()).status, 3) << c.property;
     EXPECT_EQ(takeLog(), (Log{{0, c.failure}})) << c.property;
     EXPECT_TRUE(plugin.diagnosticVpdInstances.empty()) << c.property;

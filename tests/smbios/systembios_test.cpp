@@ -282,11 +282,7 @@ TEST_F(PostBiosTest, EachRefusalIsLoggedAndEndsTheCollectionAtOnce) {
     SimulatedSP description = dotCommandSP();
     answer(description, {4, 3, 5, 1}, reply());
     useSP(description);
-    useFaults({{.operation = host::CimOperation::kSetProperty,
-                .className = {},
-                .propertyName = c.property,
-                .nth = std::nullopt,
-                .throwsRuntimeError = false}});
+    refuseProperty(c.property);
     log.clear();
     EXPECT_EQ(collect(), 3) << c.property;
     EXPECT_TRUE(plugin.systemBiosElementInstances.empty()) << c.property;
@@ -297,11 +293,7 @@ TEST_F(PostBiosTest, EachRefusalIsLoggedAndEndsTheCollectionAtOnce) {
 
 TEST_F(SystemBiosTest, RefusedReleaseDateIsLoggedTwiceAndTheElementCompleted) {
   useSmbios({bios()});
-  useFaults({{.operation = host::CimOperation::kSetProperty,
-              .className = {},
-              .propertyName = "ReleaseDate",
-              .nth = std::nullopt,
-              .throwsRuntimeError = false}});
+  refuseProperty("ReleaseDate");
   EXPECT_EQ(collect(), 0);
   EXPECT_EQ(plugin.systemBiosElementInstances.size(), 1U);
   EXPECT_EQ(log[4], (Log::value_type{0, "Error adding BuildDate property"}));

@@ -106,11 +106,7 @@ TEST_F(SPFirmwareTest, EachRefusalIsLoggedAndDropsTheInstance) {
   const std::string prefix = "KRXSG_SPROMFirmwareVPDMain: Error adding ";
   for (const char* property : {"Version", "BuildNumber", "SoftwareElementID", "Name",
                                "SoftwareElementState", "TargetOperatingSystem"}) {
-    useFaults({{.operation = host::CimOperation::kSetProperty,
-                .className = {},
-                .propertyName = property,
-                .nth = std::nullopt,
-                .throwsRuntimeError = false}});
+    refuseProperty(property);
     EXPECT_EQ(plugin.createSPFirmwareInstance(ns, kTorvik, "t", "3").status, 3) << property;
     EXPECT_EQ(takeLog(), (Log{{0, prefix + property}})) << property;
     EXPECT_TRUE(plugin.spromMainInstances.empty()) << property;

@@ -104,6 +104,14 @@ void PluginTest::useFaults(std::vector<Fault> faults, std::vector<std::string> m
   ns = boost::make_shared<host::CimNamespace>(std::move(missingClasses), std::move(faults));
 }
 
+void PluginTest::refuseProperty(const std::string& property) {
+  useFaults({{.operation = host::CimOperation::kSetProperty,
+              .className = {},
+              .propertyName = property,
+              .nth = std::nullopt,
+              .throwsRuntimeError = false}});
+}
+
 SPLibrary* PluginTest::sp() { return SPLibrary::GetSplibraryInstance(0); }
 
 std::vector<Properties> PluginTest::published(const SPFirmwareVpd::InstanceList& instances) {

@@ -57,6 +57,7 @@ class PluginTest : public ::testing::Test {
   void useSmbios(std::vector<SmbiosStructure> structures, int endStatus = 5, int loadStatus = 0);
   void useSP(SimulatedSP sp);
   void useFaults(std::vector<Fault> faults, std::vector<std::string> missingClasses = {});
+  void refuseProperty(const std::string& property);  // each setting of it
 
   NKRXVEL20::SPLibrary* sp();
 
