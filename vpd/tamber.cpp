@@ -61,7 +61,8 @@ TVELStatusCode SPFirmwareVpd::gettamberVPD(SPLibrary* spLibrary, NamespaceHandle
   TamberCmd command(0x05, 0xA8, 0xA8, 0x56, data.data(), static_cast<int>(data.size()), true,
                     false);
   if (spLibrary->sendTamberCommand(&command, &replyLength, reply.data())) {
-    spLibrary->printMatrix(reply.data(), replyLength);
+    // No length of the driver's makes the dump run past the reply.
+    spLibrary->printMatrix(reply.data(), std::min(replyLength, static_cast<int>(reply.size())));
   }
   return {kStatusSuccess};
 }
