@@ -11,8 +11,8 @@ namespace {
 // Nobody owns the object: it registers itself and deletes itself in PrepareForUnload. Kept out of
 // line so that a failing load shows this name.
 [[gnu::noinline]] void SPFirmwareVpdInit() {
-  new SPFirmwareVpd();  // NOLINT(cppcoreguidelines-owning-memory,clang-analyzer-cplusplus*)
-}
+  new SPFirmwareVpd();  // NOLINT(cppcoreguidelines-owning-memory)
+}  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
 
 [[maybe_unused]] const bool kRegistered = (SPFirmwareVpdInit(), true);
 

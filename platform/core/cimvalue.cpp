@@ -21,7 +21,7 @@ std::string numberText(std::uint64_t number, int base) {
 struct ToText {
   int base;
 
-  std::string operator()(std::monostate) const { return {}; }
+  std::string operator()(std::monostate /*none*/) const { return {}; }
   std::string operator()(const std::string& text) const { return text; }
   std::string operator()(bool value) const { return value ? "true" : "false"; }
   std::string operator()(Number auto number) const { return numberText(number, base); }
@@ -29,7 +29,7 @@ struct ToText {
 };
 
 struct ToNumber {
-  std::uint64_t operator()(const auto& value) const noexcept {
+  std::uint64_t operator()(const auto& value) const {
     if constexpr (Number<std::remove_cvref_t<decltype(value)>>) {
       return value;
     } else {
@@ -42,6 +42,6 @@ struct ToNumber {
 
 std::string TCIMValue::ToString(int base) const { return std::visit(ToText{base}, value_); }
 
-std::uint64_t TCIMValue::ToUint64() const noexcept { return std::visit(ToNumber{}, value_); }
+std::uint64_t TCIMValue::ToUint64() const { return std::visit(ToNumber{}, value_); }
 
 }  // namespace NKRXVEL20

@@ -36,8 +36,8 @@ class VEL_API TCIMValue {
   std::string ToString(int base = 10) const;
 
   // The number held, cut to the width asked for; 0 for a value that is no number.
-  std::uint64_t ToUint64() const noexcept;
-  std::uint8_t ToUint8() const noexcept { return static_cast<std::uint8_t>(ToUint64() & 0xFFU); }
+  std::uint64_t ToUint64() const;
+  std::uint8_t ToUint8() const { return static_cast<std::uint8_t>(ToUint64() & 0xFFU); }
 
   friend bool operator==(const TCIMValue& a, const TCIMValue& b) { return a.value_ == b.value_; }
 
