@@ -7,7 +7,15 @@
 #include <cerrno>
 #include <utility>
 
+#include "host/livecompanions.h"
+#include "host/refusedsource.h"
+#include "host/udevtree.h"
+#include "velhost/smbios.h"
+
 namespace velhost {
+
+namespace host = NKRXVEL20::host;
+
 namespace {
 
 std::string hostName() {
@@ -16,11 +24,7 @@ std::string hostName() {
   return name.data();
 }
 
-std::string remedy(int error) {
-  const bool forbidden = error == EACCES || error == EPERM;
-  return forbidden ? "run velhost as root, or name a machine file with --machine FILE"
-                   : "this system shows none; name a machine file with --machine FILE";
-}
+bool isForbidden(int error) { return error == EACCES || error == EPERM; }
 
 }  // namespace
 
@@ -31,25 +35,36 @@ Machine machineOfFile(const std::filesystem::path& file) {
   machine.name = std::move(described.name);
   machine.machineType = std::move(described.machineType);
   machine.smbios = std::move(described.smbios);
-  machine.sp = NKRXVEL20::host::makeSimulatedSP(std::move(described.sp));
+  machine.sp = host::makeSimulatedSP(std::move(described.sp));
   machine.companions = std::move(described.instances);
   machine.missingClasses = std::move(described.missingClasses);
   machine.faults = std::move(described.faults);
   return machine;
 }
 
-Machine liveMachine(const std::filesystem::path& smbiosFolder) {
+Machine liveMachine(const std::filesystem::path& smbiosFolder, host::LiveIpmi ipmi,
+                    DeviceTree& devices) {
   Machine machine;
   machine.source = "live";
   machine.name = hostName();
-  machine.sp = NKRXVEL20::host::makeSimulatedSP({});
+  std::vector<RefusedSource> refused;
   try {
-    machine.smbios = NKRXVEL20::host::readLiveTables(smbiosFolder);
-  } catch (const NKRXVEL20::host::LiveSmbiosError& error) {
-    machine.unreadable.push_back(std::string("cannot read the SMBIOS tables: ") + error.what() +
-                                 "; " + remedy(error.error));
+    machine.smbios = host::readLiveTables(smbiosFolder);
+  } catch (const host::LiveSmbiosError& error) {
+    refused.push_back({error.what(), isForbidden(error.error)});
   }
+  machine.sp = std::move(ipmi.library);
+  if (!ipmi.refusedDevice.empty()) {
+    refused.push_back({ipmi.refusedDevice + ": Permission denied", true});
+  }
+  machine.companions = liveCompanions(devices);
+  if (!refused.empty()) machine.unreadable.push_back(refusalLine(refused));
   return machine;
+}
+
+Machine liveMachine() {
+  const auto devices = makeUdevTree();
+  return liveMachine(host::kLiveTableFolder, host::makeLiveIpmi(), *devices);
 }
 
 }  // namespace velhost

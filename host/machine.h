@@ -9,8 +9,10 @@
 #include <string>
 #include <vector>
 
+#include "host/devicetree.h"
 #include "host/machinefile.h"
 #include "vel/splibrary.h"
+#include "velhost/spdriver.h"
 
 namespace velhost {
 
@@ -23,13 +25,17 @@ struct Machine {
   std::vector<Companion> companions;
   std::vector<std::string> missingClasses;
   std::vector<NKRXVEL20::host::Fault> faults;
-  std::vector<std::string> unreadable;  // each one line that says what to do about it
+  std::vector<std::string> unreadable;  // lines that say what to do about it
 };
 
 // Throws MachineFileError.
 Machine machineOfFile(const std::filesystem::path& file);
 
-// `smbiosFolder` is where the kernel shows the SMBIOS tables.
-Machine liveMachine(const std::filesystem::path& smbiosFolder = NKRXVEL20::host::kLiveTableFolder);
+// The machine that the program runs on.
+Machine liveMachine();
+
+// The same from given sources; `smbiosFolder` is where the kernel shows the SMBIOS tables.
+Machine liveMachine(const std::filesystem::path& smbiosFolder, NKRXVEL20::host::LiveIpmi ipmi,
+                    DeviceTree& devices);
 
 }  // namespace velhost

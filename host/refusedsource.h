@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What of the live machine could not be read although a person could put that right.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace velhost {
+
+struct RefusedSource {
+  std::string what;        // "PATH: the system's reason"
+  bool forbidden = false;  // to this user; otherwise there is none
+};
+
+// One line that names them all and says what to do.
+std::string refusalLine(const std::vector<RefusedSource>& sources);
+
+}  // namespace velhost
