@@ -4,9 +4,8 @@
 #include <stdexcept>
 
 #include "tests/peripheral/namespacespy.h"
+#include "tests/support/mocksplibrary.h"
 #include "tests/support/pluginfixture.h"
-#include "tests/vpd/mocksplibrary.h"
-#include "vel/exception.h"
 
 namespace spfirmwarevpd::test {
 namespace {

@@ -4,7 +4,6 @@
 
 #include "tests/peripheral/namespacespy.h"
 #include "tests/support/pluginfixture.h"
-#include "vel/exception.h"
 
 namespace spfirmwarevpd::test {
 namespace {

@@ -11,6 +11,7 @@ import bed
 from bmc import Bmc
 
 # Shell for the guest. said NAME COMMAND...: keeps what the command prints, complains and returns.
+# The queries show no log entries (--log-level -1), so that all they say is their own complaint.
 SAID = """
 . /gadgets.sh
 said() {
@@ -71,14 +72,14 @@ class ServerWithoutBmcTest(GuestTest):
     def setUpClass(cls):
         cls.boot(
             """
-            said firmware velhost query --format json \
+            said firmware velhost query --log-level -1 --format json \
               KRXSG_SystemBIOSElement KRXSG_DiagnosticVPD KRXSG_SPROMFirmwareVPDMain
-            said all velhost query --format trace
+            said all velhost query --log-level -1 --format trace
             said record velhost record --output recorded.json
             ls -l recorded.json >mode
-            said nobody su nobody -c "velhost query KRXSG_SystemBIOSElement --format json"
+            said nobody su nobody -c "velhost query --log-level -1 KRXSG_SystemBIOSElement --format json"
             mount -t tmpfs none /sys/firmware
-            said no_smbios velhost query KRXSG_SystemBIOSElement --format json
+            said no_smbios velhost query --log-level -1 KRXSG_SystemBIOSElement --format json
             """,
             qemu=smbios(
                 "KRX Server 6220AC1",
@@ -176,11 +177,11 @@ class ConsoleServerTest(GuestTest):
                 plug_in console 0
                 usb_tape 1 ACME TAPE1 0102 T1
                 await "ls /dev/ipmi0"
-                said all velhost query --format trace
-                said level velhost query KRXSG_cKVM --format json
+                said all velhost query --log-level -1 --format trace
+                said level velhost query --log-level -1 KRXSG_cKVM --format json
                 said record velhost record --output recorded.json
                 chmod 644 /sys/firmware/dmi/tables/*
-                said nobody su nobody -c "velhost query KRXSG_cKVM --format json"
+                said nobody su nobody -c "velhost query --log-level -1 KRXSG_cKVM --format json"
                 """,
                 bed.BMC + bed.USB + bed.TAPES,
                 smbios("KRX Server 3105AC1", "KRX Diagnostics DIA789C12") + bmc.qemu(),
@@ -254,7 +255,7 @@ class RefusingBmcTest(GuestTest):
                 usb_gadget console KRX "Console cKVM" C1 Loopback.0
                 plug_in console 0
                 await "ls /dev/ipmi0"
-                said all velhost query --format trace
+                said all velhost query --log-level -1 --format trace
                 said record velhost record --output recorded.json
                 """,
                 bed.BMC + bed.USB,

@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "tests/support/mocksplibrary.h"
 #include "tests/support/pluginfixture.h"
-#include "tests/vpd/mocksplibrary.h"
 
 namespace spfirmwarevpd::test {
 namespace {

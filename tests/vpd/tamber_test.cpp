@@ -2,8 +2,8 @@
 #include <limits>
 #include <stdexcept>
 
+#include "tests/support/mocksplibrary.h"
 #include "tests/support/pluginfixture.h"
-#include "tests/vpd/mocksplibrary.h"
 
 namespace spfirmwarevpd::test {
 namespace {
