@@ -19,6 +19,7 @@ namespace {
 
 constexpr std::size_t kLargestFile = std::size_t{64} << 20U;
 constexpr mode_t kNewFileMode = 0666;  // less the umask, as any other program's new file
+constexpr mode_t kPrivateFileMode = 0600;
 
 struct CloseFile {
   void operator()(std::FILE* file) const noexcept {
@@ -65,6 +66,23 @@ void writeAll(int descriptor, std::string_view text, const std::filesystem::path
   }
 }
 
+[[noreturn]] void refuseToReplace(const std::filesystem::path& file) {
+  throw InputError(file.string() + ": is there already; --force replaces it");
+}
+
+bool isThere(const std::filesystem::path& file) {
+  std::error_code ignored;
+  return std::filesystem::exists(std::filesystem::symlink_status(file, ignored));
+}
+
+// False with errno, EEXIST for a target that has come into being meanwhile. Some file systems do not
+// know the flag; those know links.
+bool moveWithoutReplacing(const std::filesystem::path& from, const std::filesystem::path& to) {
+  if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
+  if (errno != EINVAL && errno != ENOSYS) return false;
+  return ::link(from.c_str(), to.c_str()) == 0 && ::unlink(from.c_str()) == 0;
+}
+
 // The new file gets the permissions of the one whose place it takes.
 void copyMode(const std::filesystem::path& from, int to) {
   struct stat status {};
@@ -89,10 +107,12 @@ std::string readWholeFile(const std::filesystem::path& file) {
   }
 }
 
-OutputFile::OutputFile(std::filesystem::path file) : target_(std::move(file)) {
+OutputFile::OutputFile(std::filesystem::path file, FileRules rules)
+    : target_(std::move(file)), rules_(rules) {
   if (target_.empty()) throw InputError("--output needs the name of a file");
   int flags = O_WRONLY | O_CLOEXEC;
   if (replaceable(target_)) {
+    if (!rules_.mayReplace && isThere(target_)) refuseToReplace(target_);
     target_ = resolved(target_);
     written_ = target_;
     written_ += ".velhost-" + std::to_string(::getpid());
@@ -101,10 +121,11 @@ OutputFile::OutputFile(std::filesystem::path file) : target_(std::move(file)) {
     written_ = target_;
     flags |= O_APPEND;
   }
+  const mode_t mode = rules_.isPrivate ? kPrivateFileMode : kNewFileMode;
   // NOLINTNEXTLINE(*-vararg): the system call has no other form
-  descriptor_ = ::open(written_.c_str(), flags, kNewFileMode);
+  descriptor_ = ::open(written_.c_str(), flags, mode);
   if (descriptor_ < 0) failWrite(target_, errno);
-  if (written_ != target_) copyMode(target_, descriptor_);
+  if (written_ != target_ && !rules_.isPrivate) copyMode(target_, descriptor_);
 }
 
 OutputFile::~OutputFile() {
@@ -114,9 +135,17 @@ OutputFile::~OutputFile() {
 
 void OutputFile::write(std::string_view text) {
   writeAll(descriptor_, text, target_);
+  const bool isNew = written_ != target_;
+  if (isNew && ::fsync(descriptor_) != 0) failWrite(target_, errno);
   if (::close(std::exchange(descriptor_, -1)) != 0) failWrite(target_, errno);
-  if (written_ == target_) return;
-  if (::rename(written_.c_str(), target_.c_str()) != 0) failWrite(target_, errno);
+  if (isNew) takePlace();
+}
+
+void OutputFile::takePlace() {
+  const bool moved = rules_.mayReplace ? ::rename(written_.c_str(), target_.c_str()) == 0
+                                       : moveWithoutReplacing(written_, target_);
+  if (!moved && !rules_.mayReplace && errno == EEXIST) refuseToReplace(target_);
+  if (!moved) failWrite(target_, errno);
   written_.clear();
 }
 

@@ -80,6 +80,53 @@ TEST_F(WholeFile, WritesWhereASymbolicLinkLeads) {
   EXPECT_EQ("new", readWholeFile(folder_ / "real"));
 }
 
+TEST_F(WholeFile, APrivateFileIsTheOwnersAlone) {
+  const fs::perms ownersAlone = fs::perms::owner_read | fs::perms::owner_write;
+  const fs::path target = folder_ / "out";
+  for (const char* const text : {"new", "over an old one"}) {
+    OutputFile(target, {.isPrivate = true}).write(text);
+    EXPECT_EQ(ownersAlone, fs::status(target).permissions()) << text;
+    EXPECT_EQ(text, readWholeFile(target));
+    fs::permissions(target, fs::perms::others_read, fs::perm_options::add);
+  }
+}
+
+TEST_F(WholeFile, ThatMayNotReplaceRefusesWhateverIsThere) {
+  put(folder_ / "old", "old");
+  fs::create_symlink("nowhere", folder_ / "dangling");
+  fs::create_symlink("old", folder_ / "link");
+  for (const char* const name : {"old", "dangling", "link"}) {
+    const fs::path target = folder_ / name;
+    try {
+      const OutputFile file(target, {.mayReplace = false});
+      ADD_FAILURE() << name;
+    } catch (const InputError& error) {
+      EXPECT_EQ(target.string() + ": is there already; --force replaces it", error.what());
+    }
+  }
+  EXPECT_EQ("old", readWholeFile(folder_ / "old"));
+  EXPECT_EQ(3, fileCount());
+}
+
+TEST_F(WholeFile, ThatMayNotReplaceSparesWhatCameMeanwhile) {
+  const fs::path target = folder_ / "out";
+  {
+    OutputFile file(target, {.mayReplace = false});
+    put(target, "faster");
+    EXPECT_THROW(file.write("new"), InputError);
+  }
+  EXPECT_EQ("faster", readWholeFile(target));
+  EXPECT_EQ(1, fileCount());
+  fs::remove(target);
+  OutputFile(target, {.mayReplace = false}).write("new");
+  EXPECT_EQ("new", readWholeFile(target));
+  EXPECT_EQ(1, fileCount());
+}
+
+TEST_F(WholeFile, ThatMayNotReplaceStillWritesDevices) {
+  OutputFile("/dev/null", {.mayReplace = false}).write("text");
+}
+
 TEST_F(WholeFile, ADeviceIsWrittenAsItIs) {
   OutputFile("/dev/null").write("text");
   EXPECT_TRUE(fs::is_character_file("/dev/null"));
