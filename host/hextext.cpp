@@ -45,4 +45,14 @@ std::string hexOfBytes(std::span<const unsigned char> bytes) {
   return text;
 }
 
+std::string hexPairs(std::span<const unsigned char> bytes) {
+  std::string text;
+  text.reserve(bytes.size() * 3);
+  for (const unsigned char byte : bytes) {
+    if (!text.empty()) text += ' ';
+    text += hexOfBytes({&byte, 1});
+  }
+  return text;
+}
+
 }  // namespace velhost

@@ -25,4 +25,7 @@ Bytes bytesOfHex(std::string_view text);
 // Upper-case pairs without blanks.
 std::string hexOfBytes(std::span<const unsigned char> bytes);
 
+// The same with a blank between the pairs, for people.
+std::string hexPairs(std::span<const unsigned char> bytes);
+
 }  // namespace velhost

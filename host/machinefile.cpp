@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "host/jsondocument.h"
+#include "host/machinenames.h"
 #include "host/smbiossection.h"
 #include "host/spsection.h"
 #include "host/wholefile.h"
@@ -22,35 +23,9 @@ using NKRXVEL20::host::ClassSchema;
 using NKRXVEL20::host::Fault;
 using NKRXVEL20::host::PropertyList;
 
-constexpr std::string_view kFormat = "vel-machine/1";
-
-struct OperationRow {
-  CimOperation operation;
-  bool hasProperty;
-};
-
-constexpr std::pair<std::string_view, OperationRow> kOperations[] = {
-    {"get_class", {CimOperation::kGetClass, false}},
-    {"create_instance", {CimOperation::kCreateInstance, false}},
-    {"enumerate_instances", {CimOperation::kEnumerateInstances, false}},
-    {"get_property", {CimOperation::kGetProperty, true}},
-    {"set_property", {CimOperation::kSetProperty, true}},
-    {"add_to_class", {CimOperation::kAddToClass, false}},
-};
-
-constexpr std::pair<std::string_view, bool> kThrownAsRuntimeError[] = {
-    {"TVELException", false},
-    {"runtime_error", true},
-};
-
 struct DocumentReading {
   std::filesystem::path folder;
   MachineFile machine;
-};
-
-struct FaultReading {
-  OperationRow operation{};
-  Fault fault;
 };
 
 const ClassSchema& classNamed(const Cursor& at, const std::string& name) {
@@ -115,17 +90,18 @@ void readMissingClasses(const Cursor& at, DocumentReading& document) {
       [&](const Cursor& item) { document.machine.missingClasses.push_back(readClassName(item)); });
 }
 
-constexpr Member<FaultReading> kFaultMembers[] = {
-    {"operation", [](const Cursor& at, FaultReading& f) { f.operation = choice(at, kOperations); },
-     true},
-    {"class", [](const Cursor& at, FaultReading& f) { f.fault.className = readClassName(at); }},
-    {"property", [](const Cursor& at, FaultReading& f) { f.fault.propertyName = at.text(); }},
-    {"nth", [](const Cursor& at, FaultReading& f) { f.fault.nth = at.integer<unsigned>(1); }},
+constexpr Member<Fault> kFaultMembers[] = {
+    {"operation", [](const Cursor& at, Fault& f) { f.operation = choice(at, kOperations); }, true},
+    {"class", [](const Cursor& at, Fault& f) { f.className = readClassName(at); }},
+    {"property", [](const Cursor& at, Fault& f) { f.propertyName = at.text(); }},
+    {"nth", [](const Cursor& at, Fault& f) { f.nth = at.integer<unsigned>(1); }},
     {"throw",
-     [](const Cursor& at, FaultReading& f) {
-       f.fault.throwsRuntimeError = choice(at, kThrownAsRuntimeError);
-     }},
+     [](const Cursor& at, Fault& f) { f.throwsRuntimeError = choice(at, kThrownAsRuntimeError); }},
 };
+
+bool hasProperty(CimOperation operation) {
+  return operation == CimOperation::kGetProperty || operation == CimOperation::kSetProperty;
+}
 
 bool schemaHasProperty(const std::string& className, const std::string& propertyName) {
   return std::ranges::any_of(NKRXVEL20::host::schema(), [&](const ClassSchema& cimClass) {
@@ -135,18 +111,16 @@ bool schemaHasProperty(const std::string& className, const std::string& property
 }
 
 Fault readFault(const Cursor& at) {
-  FaultReading reading;
-  readMembers(at, kFaultMembers, reading);
-  Fault& fault = reading.fault;
-  fault.operation = reading.operation.operation;
-  if (!at.has("property")) return std::move(fault);
-  if (!reading.operation.hasProperty) at.failAt("property", "the operation has no property");
+  Fault fault;
+  readMembers(at, kFaultMembers, fault);
+  if (!at.has("property")) return fault;
+  if (!hasProperty(fault.operation)) at.failAt("property", "the operation has no property");
   if (!schemaHasProperty(fault.className, fault.propertyName)) {
     const std::string who =
         fault.className.empty() ? "no class has a" : fault.className + " has no";
     at.failAt("property", who + " property of this name");
   }
-  return std::move(fault);
+  return fault;
 }
 
 void readFaults(const Cursor& at, DocumentReading& document) {
@@ -172,8 +146,8 @@ constexpr Member<DocumentReading> kMembers[] = {
 void checkFormat(const Cursor& document) {
   if (!document.has("format")) return;
   document.eachMember([](const std::string& key, const Cursor& value) {
-    if (key == "format" && value.text() != kFormat) {
-      value.fail("must be \"" + std::string(kFormat) + '"');
+    if (key == "format" && value.text() != kMachineFormat) {
+      value.fail("must be \"" + std::string(kMachineFormat) + '"');
     }
   });
 }

@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "host/bytesfield.h"
+#include "host/smbiosparts.h"
 #include "host/wholefile.h"
 
 namespace velhost {
@@ -14,8 +15,8 @@ namespace {
 using NKRXVEL20::host::SmbiosStructure;
 using NKRXVEL20::host::SmbiosTable;
 
-constexpr std::size_t kHeaderSize = 4;
-constexpr std::size_t kLargestData = 255 - kHeaderSize;  // the Length byte counts the header too
+constexpr std::size_t kLargestData =
+    255 - kSmbiosHeaderSize;  // the Length byte counts the header too
 
 struct StructureReading {
   std::optional<std::uint8_t> type;
@@ -71,19 +72,6 @@ std::uint16_t handleOf(const Cursor& at, const StructureReading& structure) {
   return static_cast<std::uint16_t>(at.index());
 }
 
-Bytes assemble(const StructureReading& structure, std::uint16_t handle) {
-  Bytes bytes{*structure.type, static_cast<unsigned char>(kHeaderSize + structure.data.size()),
-              static_cast<unsigned char>(handle & 0xFFU), static_cast<unsigned char>(handle >> 8U)};
-  bytes.insert(bytes.end(), structure.data.begin(), structure.data.end());
-  for (const std::string& text : structure.strings) {
-    bytes.insert(bytes.end(), text.begin(), text.end());
-    bytes.push_back(0);
-  }
-  if (structure.strings.empty()) bytes.push_back(0);  // an empty set is two zero bytes
-  bytes.push_back(0);
-  return bytes;
-}
-
 SmbiosStructure readStructure(const Cursor& at) {
   StructureReading structure;
   readMembers(at, kStructureMembers, structure);
@@ -92,7 +80,9 @@ SmbiosStructure readStructure(const Cursor& at) {
     return {std::move(*structure.raw), structure.status};
   }
   if (!structure.type) at.failAt("type", "is missing");
-  return {assemble(structure, handleOf(at, structure)), structure.status};
+  return {wholeStructure({*structure.type, handleOf(at, structure), std::move(structure.data),
+                          std::move(structure.strings)}),
+          structure.status};
 }
 
 std::vector<SmbiosStructure> readDump(const Cursor& at, const std::filesystem::path& folder) {

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "host/bytesfield.h"
+#include "host/machinenames.h"
 
 namespace velhost {
 namespace {
@@ -18,12 +19,6 @@ constexpr std::int32_t kMostNodes = 255;  // collectors number nodes with one by
 constexpr std::size_t kComponentKeySize = 4;
 constexpr std::size_t kTamberCommandSize = 4;
 constexpr std::uint32_t kLongestLatency = 60'000'000;  // a minute
-
-constexpr std::pair<std::string_view, SPKind> kKinds[] = {
-    {"dot-command", SPKind::kDotCommand},
-    {"tamber", SPKind::kTamber},
-    {"none", SPKind::kNone},
-};
 
 // What the entries of the three command lists have in common, and what tells them apart.
 struct CommandReading {
@@ -145,7 +140,7 @@ void readFlag(const Cursor& at, SimulatedSP& sp) {
 }
 
 constexpr Member<SimulatedSP> kMembers[] = {
-    {"kind", [](const Cursor& at, SimulatedSP& sp) { sp.kind = choice(at, kKinds); }},
+    {"kind", [](const Cursor& at, SimulatedSP& sp) { sp.kind = choice(at, kSPKinds); }},
     {"answers", readFlag<&SimulatedSP::answers>},
     {"count",
      [](const Cursor& at, SimulatedSP& sp) {

@@ -54,5 +54,11 @@ TEST(HexText, BytesAreUpperCasePairsWithoutBlanks) {
   EXPECT_EQ("00040B9AFF", hexOfBytes(Bytes{0x00, 0x04, 0x0B, 0x9A, 0xFF}));
 }
 
+TEST(HexText, PairsForPeopleHaveBlanksBetweenThem) {
+  EXPECT_EQ("", hexPairs({}));
+  EXPECT_EQ("0A", hexPairs(Bytes{0x0A}));
+  EXPECT_EQ("00 04 FF", hexPairs(Bytes{0x00, 0x04, 0xFF}));
+}
+
 }  // namespace
 }  // namespace velhost
