@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <span>
+#include <string>
+
+namespace velhost {
+
+// Gives each value a stand-in of the same shape: a digit for each digit, a letter for each letter
+// (those that are hexadecimal digits stay so), all other characters as they are. Equal values get
+// equal ones and different values of one shape different ones, as long as the shape has enough.
+// Values are counted as they come, so the same values in the same order always get the same
+// stand-ins, and stand-ins get themselves.
+class Pseudonyms {
+ public:
+  // The stand-in of a value. What has no digit and no letter is its own.
+  const std::string& of(const std::string& value);
+
+  // Replaces the texts of a field in place: zero bytes end texts and stay, and so do the blanks
+  // around a text.
+  void replaceText(std::span<unsigned char> field);
+
+  // Replaces a binary number in place, as the text of its hexadecimal digits would be. One whose
+  // bytes are all 00 or all FF says that there is none, and stays.
+  void replaceBytes(std::span<unsigned char> field);
+
+ private:
+  std::map<std::string, std::string> known_;
+  std::map<std::string, std::uint64_t> countOfShape_;
+};
+
+}  // namespace velhost
