@@ -23,6 +23,8 @@ constexpr char kExamplesAndStatuses[] =
     "      what the firmware collector finds on this machine (as root: SMBIOS needs it)\n"
     "  velhost query KRXSG_SystemBIOSElement --machine machines/uefi-two-node.json --format json\n"
     "      the BIOS element of a machine that a file describes, for jq\n"
+    "  velhost record --redact --output server.json\n"
+    "      this machine as a file that can be queried elsewhere, without its serial numbers\n"
     "\n"
     "Exit status:\n"
     "  0  answered\n"
@@ -36,6 +38,9 @@ constexpr char kQueryNotes[] =
     "  json   one key a class, plain values\n"
     "  trace  everything: typed values, errors, both logs, the traffic with the SPs\n"
     "With --repeat, table and json show the answer to the last request, trace shows all.\n";
+
+constexpr char kRecordNotes[] =
+    "System credentials among the OEM strings of SMBIOS are always left out.\n";
 
 using FormatName = std::pair<std::string_view, Format>;
 constexpr FormatName kFormats[] = {
@@ -115,6 +120,19 @@ CLI::App* addClasses(CLI::App& app, ClassesCommand& classes) {
   return command;
 }
 
+CLI::App* addRecord(CLI::App& app, RecordCommand& record) {
+  CLI::App* const command =
+      app.add_subcommand("record", "Query the plug-in and write a machine file that answers alike");
+  addPath(*command, "--machine", record.machine, "Record the machine that this file describes");
+  addPath(*command, "--plugin", record.plugin, "The plug-in; default: the one beside velhost");
+  addPath(*command, "--output", record.output,
+          "Write the machine file here, for you alone to read");
+  command->add_flag("--force", record.force, "Replace the output file if it is there");
+  command->add_flag("--redact", record.redact, "Put pseudonyms for serial numbers and unique ids");
+  command->footer(kRecordNotes);
+  return command;
+}
+
 CLI::App* addCheck(CLI::App& app, std::vector<std::string>& files) {
   CLI::App* const command = app.add_subcommand("check", "Check machine files");
   command->add_option("FILE", files, "Machine files")->type_name("")->required();
@@ -126,6 +144,7 @@ CLI::App* addCheck(CLI::App& app, std::vector<std::string>& files) {
 Command parseCommandLine(int argc, const char* const* argv) {
   QueryCommand query;
   ClassesCommand classes;
+  RecordCommand record;
   std::vector<std::string> files;
   CLI::App app(kDescription, "velhost");
   app.set_version_flag("--version", kVersion, "Print the version and exit");
@@ -133,6 +152,7 @@ Command parseCommandLine(int argc, const char* const* argv) {
   app.require_subcommand(0, 1);  // one is needed, but an unknown word is to be named first
   const CLI::App* const isQuery = addQuery(app, query);
   const CLI::App* const isClasses = addClasses(app, classes);
+  const CLI::App* const isRecord = addRecord(app, record);
   const CLI::App* const isCheck = addCheck(app, files);
   try {
     app.parse(argc, argv);
@@ -145,8 +165,9 @@ Command parseCommandLine(int argc, const char* const* argv) {
   }
   if (isQuery->parsed()) return query;
   if (isClasses->parsed()) return classes;
+  if (isRecord->parsed()) return record;
   if (isCheck->parsed()) return CheckCommand{{files.begin(), files.end()}};
-  throw InputError("a command is missing: query, classes or check; see velhost --help");
+  throw InputError("a command is missing: query, classes, record or check; see velhost --help");
 }
 
 }  // namespace velhost

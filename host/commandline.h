@@ -35,12 +35,21 @@ struct CheckCommand {
   std::vector<std::filesystem::path> files;
 };
 
+struct RecordCommand {
+  std::optional<std::filesystem::path> machine;
+  std::optional<std::filesystem::path> plugin;
+  std::optional<std::filesystem::path> output;
+  bool force = false;
+  bool redact = false;
+};
+
 // --help and --version.
 struct PrintCommand {
   std::string text;
 };
 
-using Command = std::variant<QueryCommand, ClassesCommand, CheckCommand, PrintCommand>;
+using Command =
+    std::variant<QueryCommand, ClassesCommand, RecordCommand, CheckCommand, PrintCommand>;
 
 // Throws InputError, one line, for bad usage.
 Command parseCommandLine(int argc, const char* const* argv);

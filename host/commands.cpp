@@ -9,8 +9,10 @@
 #include "host/defaultplugin.h"
 #include "host/machine.h"
 #include "host/machinefile.h"
+#include "host/machinewriter.h"
 #include "host/plainjson.h"
 #include "host/queryrun.h"
+#include "host/record.h"
 #include "host/requesterror.h"
 #include "host/resultdocument.h"
 #include "host/schemaformat.h"
@@ -71,6 +73,30 @@ void showLogEntry(const LogEntry& entry, int level) {
   complain("log[" + std::to_string(entry.severity) + "]: " + entry.text);
 }
 
+void complainOf(const RequestError& error) {
+  complain("the plug-in refused the request: " + errorText(error));
+}
+
+template <class Command>
+Machine machineOf(const Command& command) {
+  return command.machine ? machineOfFile(*command.machine) : liveMachine();
+}
+
+template <class Command>
+std::filesystem::path pluginOf(const Command& command) {
+  return command.plugin ? *command.plugin : defaultPlugin(programFolder());
+}
+
+template <class Command>
+std::unique_ptr<OutputFile> outputOf(const Command& command, FileRules rules) {
+  return command.output ? std::make_unique<OutputFile>(*command.output, rules) : nullptr;
+}
+
+ExitStatus statusOf(bool answered, const std::vector<std::string>& unreadable) {
+  if (!answered) return kRefused;
+  return unreadable.empty() ? kAnswered : kUnreadable;
+}
+
 // Makes the requests; true when all were answered.
 bool makeRequests(const QueryCommand& command, const std::vector<std::string>& classes,
                   QueryRun& queryRun, Answer& answer) {
@@ -78,7 +104,7 @@ bool makeRequests(const QueryCommand& command, const std::vector<std::string>& c
   for (unsigned i = 0; i < command.repeat; ++i) {
     QueryResult result = queryRun.request(classes, i == 0 || command.reinit);
     if (result.error) {
-      complain("the plug-in refused the request: " + errorText(*result.error));
+      complainOf(*result.error);
       answered = false;
     }
     answer.add(std::move(result));
@@ -91,10 +117,10 @@ bool makeRequests(const QueryCommand& command, const std::vector<std::string>& c
 int run(const QueryCommand& command) {
   for (const std::string& name : command.classes) schemaClass(name);
   const auto classes = command.classes.empty() ? defaultClasses() : command.classes;
-  Machine machine = command.machine ? machineOfFile(*command.machine) : liveMachine();
+  Machine machine = machineOf(command);
   const std::vector<std::string> unreadable = machine.unreadable;
-  const auto output = command.output ? std::make_unique<OutputFile>(*command.output) : nullptr;
-  const auto plugin = command.plugin ? *command.plugin : defaultPlugin(programFolder());
+  const auto output = outputOf(command, {});
+  const auto plugin = pluginOf(command);
 
   const int level = command.logLevel;
   QueryRun queryRun(std::move(machine),
@@ -104,8 +130,7 @@ int run(const QueryCommand& command) {
   Answer answer(command.format, queryRun.context());
   const bool answered = makeRequests(command, classes, queryRun, answer);
   print(output, answer.text());
-  if (!answered) return kRefused;
-  return unreadable.empty() ? kAnswered : kUnreadable;
+  return statusOf(answered, unreadable);
 }
 
 int run(const ClassesCommand& command) {
@@ -116,6 +141,17 @@ int run(const ClassesCommand& command) {
   }
   writeStandardOutput(command.format == Format::kJson ? schemaJson(classes) : schemaTable(classes));
   return kAnswered;
+}
+
+int run(const RecordCommand& command) {
+  Machine machine = machineOf(command);
+  const std::vector<std::string> unreadable = machine.unreadable;
+  const auto output = outputOf(command, {.isPrivate = true, .mayReplace = command.force});
+  const Recording recording = record(std::move(machine), {pluginOf(command), command.redact});
+  for (const std::string& line : unreadable) complain(line);
+  if (recording.error) complainOf(*recording.error);
+  print(output, machineFileText(recording.machine));
+  return statusOf(!recording.error, unreadable);
 }
 
 int run(const CheckCommand& command) {

@@ -33,6 +33,7 @@ Machine machineOfFile(const std::filesystem::path& file) {
   Machine machine;
   machine.source = "file";
   machine.name = std::move(described.name);
+  machine.description = std::move(described.description);
   machine.machineType = std::move(described.machineType);
   machine.smbios = std::move(described.smbios);
   machine.sp = host::makeSimulatedSP(std::move(described.sp));

@@ -19,6 +19,7 @@ namespace velhost {
 struct Machine {
   std::string source;  // "file" or "live"
   std::string name;
+  std::string description;  // of a file
   std::optional<std::string> machineType;
   std::optional<NKRXVEL20::host::SmbiosTable> smbios;
   std::unique_ptr<NKRXVEL20::SPLibrary> sp;

@@ -55,15 +55,39 @@ TEST(CommandLine, CheckTakesFiles) {
             std::get<CheckCommand>(parse({"check", "a", "query"})).files);
 }
 
+TEST(CommandLine, ARecordingByItselfTakesTheDefaults) {
+  const auto record = std::get<RecordCommand>(parse({"record"}));
+  EXPECT_FALSE(record.machine || record.plugin || record.output);
+  EXPECT_FALSE(record.force || record.redact);
+}
+
+TEST(CommandLine, ARecordingTakesItsOptions) {
+  const auto record =
+      std::get<RecordCommand>(parse({"record", "--machine", "m.json", "--plugin", "p.pi.so",
+                                     "--output", "o.json", "--force", "--redact"}));
+  EXPECT_EQ("m.json", record.machine);
+  EXPECT_EQ("p.pi.so", record.plugin);
+  EXPECT_EQ("o.json", record.output);
+  EXPECT_TRUE(record.force && record.redact);
+}
+
 TEST(CommandLine, HelpListsWhatThereIs) {
   const std::string help = std::get<PrintCommand>(parse({"--help"})).text;
-  for (const char* const word : {"query", "classes", "check", "--version", "Exit status"}) {
+  for (const char* const word :
+       {"query", "classes", "record", "check", "--version", "Exit status"}) {
     EXPECT_NE(std::string::npos, help.find(word)) << word;
   }
   const std::string query = std::get<PrintCommand>(parse({"query", "--help"})).text;
   for (const char* const word : {"--machine", "--plugin", "--format", "--output", "--repeat",
                                  "--reinit", "--log-level", "table", "json", "trace"}) {
     EXPECT_NE(std::string::npos, query.find(word)) << word;
+  }
+}
+
+TEST(CommandLine, HelpOfRecordListsItsOptions) {
+  const std::string help = std::get<PrintCommand>(parse({"record", "--help"})).text;
+  for (const char* const word : {"--machine", "--plugin", "--output", "--force", "--redact"}) {
+    EXPECT_NE(std::string::npos, help.find(word)) << word;
   }
 }
 
@@ -75,7 +99,6 @@ TEST(CommandLine, BadUsageIsOneLine) {
   const std::vector<const char*> cases[] = {
       {},
       {"fly"},
-      {"record"},
       {"--machine", "m.json"},
       {"query", "--fly"},
       {"query", "--machine"},
@@ -99,6 +122,10 @@ TEST(CommandLine, BadUsageIsOneLine) {
       {"classes", "--machine", "m.json"},
       {"check"},
       {"check", "--format", "json"},
+      {"record", "KRXSG_Vpd"},
+      {"record", "--output"},
+      {"record", "--format", "json"},
+      {"record", "--force=maybe"},
   };
   for (const auto& arguments : cases) {
     std::string shown;

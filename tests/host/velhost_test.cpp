@@ -65,9 +65,8 @@ TEST_F(Velhost, BadUsageIsToldInOneLine) {
     Words arguments;
     const char* place;
   } cases[] = {
-      {"no command", {}, "query, classes or check"},
+      {"no command", {}, "query, classes, record or check"},
       {"unknown command", {"fly"}, "fly"},
-      {"a command of later", {"record"}, "record"},
       {"unknown option", {"query", "--fly"}, "--fly"},
       {"unknown option of check", {"check", "--fly", "x"}, "--fly"},
       {"unknown format", {"query", "--format", "csv"}, "csv"},
@@ -283,6 +282,61 @@ TEST_F(Velhost, ClassesShowTheSchema) {
   const ProgramOutcome all = run({"classes", "--format", "json"});
   EXPECT_EQ(0, all.status);
   EXPECT_NE(std::string::npos, all.out.find("\"name\": \"KRXSG_SystemBIOSElement\""));
+}
+
+TEST_F(Velhost, ARecordingIsAMachineFileThatIsTheOwnersAlone) {
+  const std::string file = (folder_ / "recorded.json").string();
+  const Words words{"record", "--plugin", TEST_PLUGIN, "--machine", bareMachine()};
+  const ProgramOutcome printed = run(words);
+  Words toFile = words;
+  toFile.insert(toFile.end(), {"--output", file});
+  const ProgramOutcome written = run(toFile);
+  // The test plug-in ends the request with an exception; what was asked before is recorded.
+  const std::string refused =
+      "velhost: the plug-in refused the request: (anonymous namespace)::OwnError\n";
+  EXPECT_EQ(1, printed.status);
+  EXPECT_EQ(refused, printed.err);
+  EXPECT_NE(std::string::npos, printed.out.find("\"request\": \"01 20 06 00 52 01 00 00 00 7F\""));
+  EXPECT_EQ(1, written.status);
+  EXPECT_EQ("", written.out);
+  EXPECT_EQ(printed.out, read(file));
+  EXPECT_EQ(fs::perms::owner_read | fs::perms::owner_write, fs::status(file).permissions());
+  EXPECT_EQ(file + ": ok\n", run({"check", file}).out);
+}
+
+TEST_F(Velhost, ARecordingReplacesAFileOnlyByForce) {
+  const std::string file = put("kept.json", "old");
+  Words words{"record", "--plugin", TEST_PLUGIN, "--machine", bareMachine(), "--output", file};
+  expectBadInput(run(words), file + ": is there already; --force", "existing file");
+  EXPECT_EQ("old", read(file));
+  words.emplace_back("--force");
+  EXPECT_EQ(1, run(words).status);
+  EXPECT_EQ(file + ": ok\n", run({"check", file}).out);
+  EXPECT_EQ(fs::perms::owner_read | fs::perms::owner_write, fs::status(file).permissions());
+  EXPECT_EQ(2, std::distance(fs::directory_iterator(folder_), fs::directory_iterator()));
+}
+
+TEST_F(Velhost, ARecordingHoldsNoCredentials) {
+  const std::string machine = put("secret.json", R"({ "format": "vel-machine/1", "name": "x",
+    "smbios": { "structures": [
+      { "type": 11, "data": "02", "strings": ["io.systemd.credential:a=hidden", "KRX"] },
+      { "raw": ["0B 05 01 00 01", { "text": "io.systemd.credential.binary:b=aGlkZGVu" }] } ] } })");
+  const std::string recorded = run({"record", "--plugin", TEST_PLUGIN, "--machine", machine}).out;
+  EXPECT_NE(std::string::npos, recorded.find("2 credential strings left out"));
+  EXPECT_NE(std::string::npos, recorded.find(R"("raw": "0B 05 01 00 01 20")"));
+  for (const char* const secret : {"hidden", "io.systemd", "61 47 6C", "69 6F 2E"}) {
+    EXPECT_EQ(std::string::npos, recorded.find(secret)) << secret;
+  }
+  const std::string again = put("again.json", recorded);
+  EXPECT_EQ(recorded, run({"record", "--plugin", TEST_PLUGIN, "--machine", again}).out);
+}
+
+TEST_F(Velhost, ARecordingOfWhatCannotBeReadIsRefused) {
+  const std::string machine = put("odd.json", "{}");
+  const std::string file = (folder_ / "none.json").string();
+  expectBadInput(run({"record", "--machine", machine, "--output", file}),
+                 "odd.json: ", "no format");
+  EXPECT_FALSE(fs::exists(file));
 }
 
 TEST_F(Velhost, ALiveMachineIsAnsweredOrSaysWhatToDo) {

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/record.h"
+
+#include <array>
+#include <utility>
+
+#include "host/credentials.h"
+#include "host/queryrun.h"
+#include "host/recordedtraffic.h"
+#include "host/redaction.h"
+#include "host/utf8.h"
+#include "vel/splibrary.h"
+#include "velhost/spdriver.h"
+
+namespace velhost {
+namespace {
+
+using NKRXVEL20::SPLibrary;
+using NKRXVEL20::host::SimulatedSP;
+using NKRXVEL20::host::SPKind;
+
+constexpr std::size_t kCommandListSize = 4096;
+
+SPKind kindOf(SPLibrary& library) {
+  if (library.isDotcommand()) return SPKind::kDotCommand;
+  return library.isTamber() ? SPKind::kTamber : SPKind::kNone;
+}
+
+bool buildsCommandList(SPLibrary& library) {
+  std::array<std::array<unsigned char, kCommandListSize>, 3> lists{};
+  return library.buildDotCommandList(lists[0].data(), lists[1].data(), lists[2].data());
+}
+
+// The driver's own facts, also those that the plug-in had no need of.
+SimulatedSP askDriver(SPLibrary& library) {
+  SimulatedSP sp;
+  sp.kind = kindOf(library);
+  if (sp.kind != SPKind::kNone) sp.answers = library.checkSPComm();
+  if (sp.kind != SPKind::kNone && sp.answers) sp.commandList = buildsCommandList(library);
+  sp.count = library.discoverSPs();
+  sp.bmcNodes = library.GetNumberBMCNode();
+  sp.bmc = library.IsBMCMachine();
+  sp.ipmiDrivers = library.IsIPMIDriversPresent();
+  sp.integratedBmc = library.IsIntegratedBMC();
+  sp.twgStop = library.isTwgStop();
+  sp.tvmLibrary = library.isTvmlibrary();
+  sp.components = NKRXVEL20::host::componentsAsked();
+  return sp;
+}
+
+SimulatedSP describeSP(const QueryResult& result) {
+  SPLibrary* const library = SPLibrary::GetSplibraryInstance(0);
+  if (library == nullptr) return {};
+  SimulatedSP sp = askDriver(*library);
+  addCommands(result.traffic, sp);
+  return sp;
+}
+
+// All but the SP; that is known when the query has been made.
+MachineFile describe(const Machine& machine) {
+  MachineFile described;
+  described.name = toUtf8(machine.name);
+  described.description =
+      machine.source == "live" ? "recorded from " + described.name : machine.description;
+  described.machineType = machine.machineType;
+  described.smbios = machine.smbios;
+  described.instances = machine.companions;
+  described.missingClasses = machine.missingClasses;
+  described.faults = machine.faults;
+  return described;
+}
+
+void leaveOutCredentials(MachineFile& machine) {
+  const std::size_t count = machine.smbios ? blankCredentials(*machine.smbios) : 0;
+  if (count == 0) return;
+  if (!machine.description.empty()) machine.description += "; ";
+  machine.description += std::to_string(count) + (count == 1 ? " credential string left out"
+                                                             : " credential strings left out");
+}
+
+}  // namespace
+
+Recording record(Machine machine, const RecordOptions& options) {
+  Recording recording;
+  recording.machine = describe(machine);
+  leaveOutCredentials(recording.machine);
+  QueryRun queryRun(std::move(machine), {options.plugin, false, {}});
+  const QueryResult result = queryRun.request(defaultClasses(), true);
+  recording.error = result.error;
+  recording.machine.sp = describeSP(result);
+  if (options.redact) redact(recording.machine);
+  return recording;
+}
+
+}  // namespace velhost
