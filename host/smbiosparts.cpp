@@ -11,9 +11,12 @@ constexpr std::size_t kLengthOffset = 1;
 }  // namespace
 
 Bytes wholeStructure(const SmbiosParts& parts) {
-  Bytes bytes{parts.type, static_cast<unsigned char>(kSmbiosHeaderSize + parts.data.size()),
-              static_cast<unsigned char>(parts.handle & 0xFFU),
-              static_cast<unsigned char>(parts.handle >> 8U)};
+  Bytes bytes;
+  bytes.reserve(kSmbiosHeaderSize + parts.data.size());
+  bytes.push_back(parts.type);
+  bytes.push_back(static_cast<unsigned char>(kSmbiosHeaderSize + parts.data.size()));
+  bytes.push_back(static_cast<unsigned char>(parts.handle & 0xFFU));
+  bytes.push_back(static_cast<unsigned char>(parts.handle >> 8U));
   bytes.insert(bytes.end(), parts.data.begin(), parts.data.end());
   for (const std::string& text : parts.strings) {
     bytes.insert(bytes.end(), text.begin(), text.end());
