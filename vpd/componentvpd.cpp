@@ -41,12 +41,13 @@ struct ComponentKind {
   CommandPath path;  // the last byte is the number of the instance, from 1
   Instances instances;
   Decoder decoder;
-  const char*
-      spOnlyNotice;  // logged before; a BMC with IPMI drivers is not asked. Null: always read
+  // Logged before a kind that a BMC with IPMI drivers is not asked for; null: always read.
+  const char* spOnlyNotice;
   std::span<const DataSet> dataSets;
 };
 
-// DIMMs and power supplies put the instance's number into their texts: "DIMM  3 VPD ...".
+// A power supply's text has its name and number before it. A DIMM that cannot be read is reported to
+// the core log instead.
 constexpr DataSet kDimmData[] = {{{0x00, 0x00, 0x7F, 0x00}, nullptr}};
 constexpr DataSet kPowerSupplyData[] = {{{0x00, 0x00, 0x80, 0x00}, "VPD not available "}};
 constexpr DataSet kPowerBackplaneData[] = {
