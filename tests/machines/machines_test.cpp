@@ -3,10 +3,11 @@
 // Every machine file with the result expected of it: whole documents are compared.
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
+
+#include "tests/host/programrun.h"
 
 namespace {
 
@@ -17,11 +18,11 @@ using nlohmann::ordered_json;
 struct MachineCase {
   std::string name;
   const char* suffix;  // of the expected result, behind the name
-  const char* options;
+  std::vector<std::string> options;
 };
 
 std::ostream& operator<<(std::ostream& out, const MachineCase& c) {
-  return out << c.name << " " << c.options;
+  return out << c.name << c.suffix;
 }
 
 constexpr std::ptrdiff_t kShown = 10;  // differences in a failure
@@ -43,28 +44,12 @@ std::vector<MachineCase> allCases() {
   for (const auto& entry : fs::directory_iterator(MACHINES_DIR)) {
     if (!isMachineFile(entry.path().filename().string())) continue;
     const std::string name = entry.path().stem().string();
-    cases.push_back({name, kExpectedSuffix, ""});
-    const MachineCase again{name, ".reinit.expected.json", "--repeat 2 --reinit"};
+    cases.push_back({name, kExpectedSuffix, {}});
+    const MachineCase again{name, ".reinit.expected.json", {"--repeat", "2", "--reinit"}};
     if (fs::exists(fileOf(again.name, again.suffix))) cases.push_back(again);
   }
-  std::ranges::sort(cases, {}, [](const MachineCase& c) { return c.name + c.options; });
+  std::ranges::sort(cases, {}, [](const MachineCase& c) { return c.name + c.suffix; });
   return cases;
-}
-
-struct Output {
-  std::string text;
-  int exitStatus;
-};
-
-Output outputOf(const std::string& command) {
-  std::FILE* const pipe = popen(command.c_str(), "r");
-  Output output{};
-  char buffer[4096];
-  while (const std::size_t n = std::fread(buffer, 1, sizeof buffer, pipe)) {
-    output.text.append(buffer, n);
-  }
-  output.exitStatus = WEXITSTATUS(pclose(pipe));
-  return output;
 }
 
 bool hasError(const json& document) {
@@ -98,11 +83,12 @@ TEST_P(MachinesTest, GivesItsExpectedResult) {
   std::ifstream expectedFile(fileOf(c.name, c.suffix));
   ASSERT_TRUE(expectedFile) << "no expected result beside " << c.name;
   const json expected = comparable(ordered_json::parse(expectedFile));
-  const Output output = outputOf(std::string(VELHOST) + " query --machine '" +
-                                 fileOf(c.name, kMachineSuffix).string() +
-                                 "' --format trace --log-level -1 " + c.options + " 2>/dev/null");
-  const json actual = comparable(ordered_json::parse(output.text));
-  EXPECT_EQ(output.exitStatus, hasError(expected) ? 1 : 0);  // the sanitizers have one of their own
+  std::vector<std::string> arguments = {
+      "query", "--machine", fileOf(c.name, kMachineSuffix).string(), "--format", "trace"};
+  arguments.insert(arguments.end(), c.options.begin(), c.options.end());
+  const velhost::ProgramOutcome outcome = velhost::runProgram(VELHOST, {arguments, {}});
+  const json actual = comparable(ordered_json::parse(outcome.out));
+  EXPECT_EQ(outcome.status, hasError(expected) ? 1 : 0);  // the sanitizers have one of their own
   if (actual == expected) return;
   json difference = json::diff(expected, actual);
   const std::size_t count = difference.size();
@@ -112,7 +98,7 @@ TEST_P(MachinesTest, GivesItsExpectedResult) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, MachinesTest, ::testing::ValuesIn(allCases()), [](const auto& test) {
-  std::string name = test.param.name + test.param.options;
+  std::string name = test.param.name + test.param.suffix;
   std::erase_if(name, [](unsigned char c) { return std::isalnum(c) == 0; });
   return name;
 });

@@ -5,9 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <boost/make_shared.hpp>
-#include <cstdio>
-#include <memory>
 
+#include "tests/host/programrun.h"
 #include "velhost/cimnamespace.h"
 #include "velhost/pluginloader.h"
 #include "velhost/rootobject.h"
@@ -18,15 +17,6 @@ namespace spfirmwarevpd::test {
 namespace {
 
 using namespace NKRXVEL20;
-
-std::string output(const std::string& command) {
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> pipe(popen(command.c_str(), "r"), pclose);
-  std::string text;
-  for (int c = std::fgetc(pipe.get()); c != EOF; c = std::fgetc(pipe.get())) {
-    text += static_cast<char>(c);
-  }
-  return text;
-}
 
 bool isLoaded() {
   void* const handle = dlopen(PLUGIN_FILE, RTLD_NOW | RTLD_NOLOAD);
@@ -59,7 +49,9 @@ TEST(SharedObjectTest, LoadsAnswersUnloadsAndLoadsAgain) {
 }
 
 TEST(SharedObjectTest, ExportsOneConstantAndNothingElse) {
-  EXPECT_EQ(output("nm -D --defined-only --format=just-symbols " PLUGIN_FILE),
+  EXPECT_EQ(velhost::runProgram(
+                "/usr/bin/nm", {{"-D", "--defined-only", "--format=just-symbols", PLUGIN_FILE}, {}})
+                .out,
             "DIMM_BYTES_TOTAL_OFFSET\n");
 }
 
@@ -75,8 +67,7 @@ TEST(SharedObjectTest, ExportedConstantIsOne) {
 }
 
 TEST(SharedObjectTest, NeedsThePlatformAndTheCxxRuntimeOnly) {
-  const std::string needed =
-      output("readelf -d " PLUGIN_FILE " | sed -n 's/.*NEEDED.*\\[\\(.*\\)\\].*/\\1/p'");
+  const std::string needed = velhost::runProgram("/usr/bin/readelf", {{"-d", PLUGIN_FILE}, {}}).out;
   for (const char* library :
        {"libvelcore.so", "libplugin.nsp.so", "libspdriver.so", "libsmbios.so"}) {
     EXPECT_NE(needed.find(library), std::string::npos) << library;
