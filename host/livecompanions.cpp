@@ -37,9 +37,9 @@ class AttributeReader {
 };
 
 Companion companion(const char* className, std::string deviceId, std::string description) {
-  Companion made{className, {{"DeviceID", TCIMValue(std::move(deviceId))}}};
+  Companion made{className, {{"DeviceID", TCIMValue(deviceId)}}};
   if (!description.empty()) {
-    made.properties.emplace_back("Description", TCIMValue(std::move(description)));
+    made.properties.emplace_back("Description", TCIMValue(description));
   }
   return made;
 }

@@ -11,8 +11,6 @@ constexpr std::size_t kStartingAddressSegmentOffset = 6;  // 2 bytes, little-end
 constexpr std::size_t kReleaseDateOffset = 8;             // string number
 constexpr std::size_t kRomSizeOffset = 9;
 
-constexpr std::size_t kStringSetSize = 100;
-
 // Both addresses are the field shifted by 16, not by the 4 of a segment: readers of the two
 // properties know them so.
 constexpr unsigned kAddressShift = 16;
@@ -20,13 +18,13 @@ constexpr unsigned kAddressShift = 16;
 }  // namespace
 
 BiosInformation decodeBiosInformation(const SmbiosBuffer& structure) {
-  const auto strings = stringSet(structure, kStringSetSize);
   const std::uint64_t segmentLow = structure[kStartingAddressSegmentOffset];
   const std::uint64_t segmentHigh = structure[kStartingAddressSegmentOffset + 1];
   const std::uint64_t romSize = structure[kRomSizeOffset];
-  return {.vendor = smbiosString(strings, structure[kVendorOffset]),
-          .version = smbiosString(strings, structure[kVersionOffset]),
-          .releaseDate = smbiosString(strings, structure[kReleaseDateOffset]),
+  return {.strings = copyStringSet<kBiosStringSetSize>(structure),
+          .vendor = structure[kVendorOffset],
+          .version = structure[kVersionOffset],
+          .releaseDate = structure[kReleaseDateOffset],
           .loadedStartingAddress = (segmentLow | segmentHigh << 8U) << kAddressShift,
           .loadedEndingAddress = romSize << kAddressShift};
 }

@@ -3,22 +3,26 @@
 // The BIOS Information structure (SMBIOS DSP0134 7.1, type 0).
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
-#include <string>
 
 #include "smbios/smbioswalk.h"
 
 namespace spfirmwarevpd {
 
+// Texts are reached only within the first 100 bytes of the string set.
+inline constexpr std::size_t kBiosStringSetSize = 100;
+
 struct BiosInformation {
-  std::string vendor;
-  std::string version;
-  std::string releaseDate;
+  std::array<char, kBiosStringSetSize> strings;
+  int vendor;       // string number
+  int version;      // string number
+  int releaseDate;  // string number
   std::uint64_t loadedStartingAddress;
   std::uint64_t loadedEndingAddress;
 };
 
-// Texts are reached only within the first 100 bytes of the string set.
 BiosInformation decodeBiosInformation(const SmbiosBuffer& structure);
 
 }  // namespace spfirmwarevpd

@@ -58,7 +58,7 @@ bool isBlank(const std::string& text) {
 TVELStatusCode SPFirmwareVpd::getType11() {
   logProgress("Entering SPFirmwareVpd::getType11()");
   const auto addStrings = [this](const SmbiosBuffer& structure) {
-    const auto strings = stringSet(structure, kStringSetSize);
+    auto strings = copyStringSet<kStringSetSize>(structure);
     for (int number = 1; number <= structure[kCountOffset]; ++number) {
       const std::string oemString = smbiosString(strings, number);
       if (isBlank(oemString)) continue;

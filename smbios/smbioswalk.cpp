@@ -13,8 +13,6 @@ namespace spfirmwarevpd {
 
 namespace {
 
-constexpr std::size_t kLengthOffset = 1;  // DSP0134 6.1.2: Type, Length, Handle
-
 // The buffer that the library reads into. It is told the size by address and may change it.
 struct ReadBuffer {
   SmbiosBuffer bytes{};
@@ -81,15 +79,10 @@ TVELStatusCode walkSmbios(const SmbiosWalk& walk) {
   return {kStatusSuccess};
 }
 
-std::span<const unsigned char> stringSet(const SmbiosBuffer& structure, std::size_t size) {
-  return std::span(structure).subspan(structure[kLengthOffset], size);
-}
-
-std::string smbiosString(std::span<const unsigned char> stringSet, int number) {
+std::string smbiosString(std::span<char> stringSet, int number) {
   std::array<char, 100> text{};
-  // The framework's function takes characters; a byte may be looked at as one.
-  const auto* characters = reinterpret_cast<const char*>(stringSet.data());  // NOLINT
-  TOSSpecific::getBIDString(characters, text.data(), static_cast<int>(stringSet.size()), number);
+  TOSSpecific::getBIDString(stringSet.data(), text.data(), static_cast<int>(stringSet.size()),
+                            number);
   return text.data();
 }
 

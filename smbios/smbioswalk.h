@@ -3,6 +3,7 @@
 // The walk over the SMBIOS structures of one type.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <functional>
 #include <span>
@@ -33,10 +34,18 @@ struct SmbiosWalk {
 // abandoned. With a null handle from a library that opened well it does not end by itself.
 NKRXVEL20::TVELStatusCode walkSmbios(const SmbiosWalk& walk);
 
-// The string set of a structure: `size` bytes from where its Length byte says.
-std::span<const unsigned char> stringSet(const SmbiosBuffer& structure, std::size_t size);
+inline constexpr std::size_t kLengthOffset = 1;  // DSP0134 6.1.2: Type, Length, Handle
+
+// The string set of a structure, copied: `Size` bytes from where its Length byte says.
+template <std::size_t Size>
+std::array<char, Size> copyStringSet(const SmbiosBuffer& structure) {
+  static_assert(0xFF + Size <= kSmbiosBufferSize, "a string set may reach past the structure");
+  std::array<char, Size> strings;
+  std::copy_n(structure.begin() + structure[kLengthOffset], Size, strings.begin());
+  return strings;
+}
 
 // String number `number` (from 1) of a string set, cut to 99 characters; empty when there is none.
-std::string smbiosString(std::span<const unsigned char> stringSet, int number);
+std::string smbiosString(std::span<char> stringSet, int number);
 
 }  // namespace spfirmwarevpd

@@ -55,10 +55,22 @@ bool setIdentity(const InstanceHandle& instance, int nodeNumber, const std::stri
   return setProperties(instance, rows);
 }
 
-bool setVersions(const InstanceHandle& instance, const BiosInformation& bios) {
-  const FirmwareVersion split = splitVersion(bios.version);
+// An element whose date cannot be set is completed without it.
+void setReleaseDate(SPFirmwareVpd& plugin, const InstanceHandle& instance, BiosInformation& bios) {
+  const std::string date = smbiosString(bios.strings, bios.releaseDate);
+  TCIMDateTime released;
+  const TVELStatusCode result = plugin.doTime(instance, "ReleaseDate", date, released, false);
+  if (result.status == kStatusFailure) logFailure("failed to create CIMDateTime");
+}
+
+// Each text is fetched when its property is due, and none behind a refusal.
+bool setVersions(const InstanceHandle& instance, BiosInformation& bios) {
+  const std::string vendor = smbiosString(bios.strings, bios.vendor);
+  if (!setProperty(instance, "Manufacturer", TCIMValue(vendor), "Error adding Manufacturer")) {
+    return false;
+  }
+  const FirmwareVersion split = splitVersion(smbiosString(bios.strings, bios.version));
   const PropertyRow rows[] = {
-      {"Manufacturer", TCIMValue(bios.vendor), "Error adding Manufacturer"},
       {"Version", TCIMValue(split.version), "Error adding Version"},
       {"BuildNumber", TCIMValue(split.build), "Error adding Build Number"},
   };
@@ -91,20 +103,16 @@ bool setPostBiosProperties(SPFirmwareVpd& plugin, SPLibrary& spLibrary,
   return setTextFields(instance, kPostBiosRecord, reply);
 }
 
-// False after a refusal.
+// False after a refusal. Each node has a copy of the strings of its own.
 bool addBiosElement(SPFirmwareVpd& plugin, SPLibrary& spLibrary, const NamespaceHandle& ns,
-                    const BiosInformation& bios, int nodeIndex, int nodeCount) {
+                    BiosInformation bios, int nodeIndex, int nodeCount) {
   const auto instance =
       createInstance(ns, kSystemBiosElementClass, "Error adding KRXSG_SystemBIOSElement class");
   if (!instance) return false;
   const int nodeNumber = nodeIndex + 1;
   const std::string name = biosElementName(nodeNumber, nodeCount, spLibrary.IsIntegratedBMC());
   if (!setIdentity(*instance, nodeNumber, name, bios)) return false;
-  TCIMDateTime released;
-  if (plugin.doTime(*instance, "ReleaseDate", bios.releaseDate, released, false).status ==
-      kStatusFailure) {
-    logFailure("failed to create CIMDateTime");  // the element is completed without
-  }
+  setReleaseDate(plugin, *instance, bios);
   if (!setVersions(*instance, bios)) return false;
   if (!setPostBiosProperties(plugin, spLibrary, *instance, nodeIndex)) return false;
   plugin.systemBiosElementInstances.push_back(*instance);

@@ -148,7 +148,7 @@ class Instance : public ICIMInstance {
     setValue(*data_, name, value);
   }
 
-  void AddToClass(const TCIMValueMap& /*context*/) override {
+  void AddToClass(TCIMValueMap /*context*/) override {
     state_->meetFaults(CimOperation::kAddToClass, data_->cimClass->name);
     state_->addToClass(data_);
     state_->published.push_back({std::string(data_->cimClass->name), data_->properties});

@@ -46,7 +46,7 @@ std::string TOSSpecific::GetMachineTypeFromID() {
   return set ? *set : machineTypeFromSmbios();
 }
 
-void TOSSpecific::getBIDString(const char* source, char* destination, int length, int number) {
+void TOSSpecific::getBIDString(char* source, char* destination, int length, int number) {
   const std::string_view window(source, static_cast<std::size_t>(std::max(length, 0)));
   const std::string_view text = smbiosString(window, number).substr(0, kBidStringSize - 1);
   *std::copy(text.begin(), text.end(), destination) = '\0';

@@ -31,6 +31,8 @@ dotCmd::dotCmd(unsigned char commandType, int commandLength, int dataLength,
       command(copied(commandBytes, commandLength)),
       data(copied(dataBytes, dataLength)) {}
 
+dotCmd::~dotCmd() = default;
+
 TamberCmd::TamberCmd(unsigned char byte0, unsigned char byte1, unsigned char byte2,
                      unsigned char byte3, unsigned char* dataBytes, int dataLength, bool flag0Value,
                      bool flag1Value)

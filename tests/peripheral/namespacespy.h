@@ -59,7 +59,7 @@ class NamespaceSpy : public NKRXVEL20::ICIMNamespace {
       target_->SetProperty(name, value, qualifiers);
     }
 
-    void AddToClass(const NKRXVEL20::TCIMValueMap& context) override {
+    void AddToClass(NKRXVEL20::TCIMValueMap context) override {
       calls_->push_back("add " + name_ + asked(context));
       target_->AddToClass(context);
     }

@@ -38,7 +38,7 @@ class VEL_API ICIMInstance {
                            const TCIMValueMap& qualifiers) = 0;
 
   // Adds the instance to its class in the namespace: publishes it.
-  virtual void AddToClass(const TCIMValueMap& context) = 0;
+  virtual void AddToClass(TCIMValueMap context) = 0;
 };
 
 class VEL_API ICIMClass {

@@ -22,7 +22,7 @@ class VEL_API TCIMValue {
   TCIMValue() = default;
 
   explicit TCIMValue(const char* text) : value_(std::string(text)) {}
-  explicit TCIMValue(std::string text) : value_(std::move(text)) {}
+  explicit TCIMValue(const std::string& text) : value_(text) {}
   explicit TCIMValue(bool value) : value_(value) {}
   explicit TCIMValue(std::uint8_t value) : value_(value) {}
   explicit TCIMValue(std::uint16_t value) : value_(value) {}

@@ -20,7 +20,7 @@ class VEL_API TOSSpecific {
   // which may be read, to `destination`, which holds 100 bytes. Number 0, a number past the last
   // string and an empty set give the empty text; a string that the window cuts off gives the part
   // inside the window; a longer string is cut to 99 characters. Always NUL-terminated.
-  static void getBIDString(const char* source, char* destination, int length, int number);
+  static void getBIDString(char* source, char* destination, int length, int number);
 
   // Keeps ASCII letters and digits, whatever the locale.
   static void removeNonAlpaNumeric(std::string& text);

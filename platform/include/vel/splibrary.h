@@ -14,6 +14,10 @@ class VEL_API dotCmd {
  public:
   dotCmd(unsigned char type, int commandLength, int dataLength, const unsigned char* command,
          const unsigned char* data);
+  ~dotCmd();
+
+  dotCmd(const dotCmd&) = delete;
+  dotCmd& operator=(const dotCmd&) = delete;
 
   unsigned char type;
   std::vector<unsigned char> command;

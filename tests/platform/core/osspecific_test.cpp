@@ -43,7 +43,7 @@ TEST(GetBIDString, CutsOneStringOutOfTheSet) {
       {"100 characters are cut", std::string(100, 'x') + "\0\0"s, 102, 1, std::string(99, 'x')},
       {"300 characters are cut", std::string(300, 'x') + "\0\0"s, 302, 1, std::string(99, 'x')},
   };
-  for (const auto& c : kCases) {
+  for (auto c : kCases) {  // a copy: the function takes characters that may be written
     std::array<char, 101> destination{};
     destination.fill('#');
     TOSSpecific::getBIDString(c.source.data(), destination.data(), c.length, c.number);
