@@ -93,7 +93,8 @@ class SPFirmwareVpd : public NKRXVEL20::IPluginCallbacks,
 
   // ---- smbios/dotime.cpp
   // Converts a firmware date into `value` and, unless `noSet`, sets it as the named property. A
-  // text that is no date of a known form does nothing and gives 0; 3 after a logged failure.
+  // text that is no date of a known form does nothing and gives 0; otherwise the framework's status
+  // for the date, 3 after a logged failure.
   NKRXVEL20::TVELStatusCode doTime(InstanceHandle instance, std::string propertyName,
                                    std::string date, NKRXVEL20::TCIMDateTime& value, bool noSet);
 
@@ -175,5 +176,5 @@ class SPFirmwareVpd : public NKRXVEL20::IPluginCallbacks,
   // ---- plugin/getdata.cpp
   void collect(NamespaceHandle ns);
   void collectcKVM(NamespaceHandle ns);
-  void publish(const std::string& className);
+  void publish(std::string className);
 };
