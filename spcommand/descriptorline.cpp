@@ -5,19 +5,19 @@
 
 namespace spfirmwarevpd {
 
-std::optional<std::string_view> takeToken(std::string_view& line) {
+std::optional<std::string> takeToken(std::string& line) {
   const std::size_t bar = line.find('|');
-  if (bar == std::string_view::npos) return std::nullopt;
-  const std::string_view token = line.substr(0, bar);
-  line.remove_prefix(bar + 1);
+  if (bar == std::string::npos) return std::nullopt;
+  std::string token = line.substr(0, bar);
+  line.erase(0, bar + 1);
   return token;
 }
 
-int tokenNumber(std::string_view token) {
-  return static_cast<int>(std::strtol(std::string(token).c_str(), nullptr, 10));
+int tokenNumber(const std::string& token) {
+  return static_cast<int>(std::strtol(token.c_str(), nullptr, 10));
 }
 
-void FieldLine::read(std::string_view line) {
+void FieldLine::read(std::string line) {
   if (const auto token = takeToken(line)) type = *token;
   if (const auto token = takeToken(line)) length = tokenNumber(*token);
   name = takeToken(line).value_or("");

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
+#include <cstdint>
+#include <memory>
 
 #include "plugin/classnames.h"
 #include "plugin/contains.h"
@@ -18,9 +20,11 @@ constexpr std::size_t kTextLimit = 99;  // longest text of an "a" field
 
 using PropertyMap = SPFirmwareVpd::PropertyMap;
 
-// A command line, taken apart.
+// A command line, taken apart. A command of no bytes has an array of no bytes: the driver is never
+// handed a null pointer.
 struct DescribedCommand {
-  std::vector<unsigned char> path;
+  int count = 0;
+  std::unique_ptr<unsigned char[]> path;
   std::string className;
 };
 
@@ -39,12 +43,13 @@ class DescriptorWalk {
  private:
   void walkSP(int spIndex);
   DescribedCommand readCommand();
-  bool send(const DescribedCommand& command, int spIndex);
+  bool send(dotCmd& request, int spIndex);
   bool startFields();
   PropertyMap readGroup(const std::string& className, int spIndex);
-  bool readField(const std::string& className, std::size_t offset, PropertyMap& properties);
-  void readNumber(const std::string& className, std::size_t offset, PropertyMap& properties);
-  void readText(std::size_t offset, PropertyMap& properties);
+  bool readField(const std::string& className, RecordBytes field, PropertyMap& properties);
+  void readNumber(const std::string& className, RecordBytes field, PropertyMap& properties);
+  void readText(RecordBytes field, PropertyMap& properties);
+  RecordBytes replyFrom(std::int64_t offset) const;
   std::string dateText(const std::string& text);
   bool hasLine() const { return lineIndex_ < table_.size(); }
 
@@ -52,11 +57,12 @@ class DescriptorWalk {
   const std::vector<std::string>& table_;
   SPLibrary& spLibrary_;
   ReplyBuffer reply_{};
+  int replyLength_ = 0;       // fields are cut at the offsets of the table, whatever was sent
   std::string commandTrace_;  // never cleared: holds all command bytes read so far
   std::vector<SPFirmwareVpd::ClassRecord> records_;
 
-  // The line that the walk stands on; reading a command takes it apart from the front.
-  std::string_view line_;
+  // A copy of the line that the walk stands on; reading a command takes it apart from the front.
+  std::string line_;
   std::size_t lineIndex_ = 0;
   FieldLine field_;
 };
@@ -71,7 +77,10 @@ void DescriptorWalk::walkSP(int spIndex) {
   lineIndex_ = 0;
   do {
     const DescribedCommand command = readCommand();
-    if (!send(command, spIndex)) {
+    const unsigned char noData = 0;
+    const auto request =
+        std::make_unique<dotCmd>(kDotCommandType, command.count, 0, command.path.get(), &noData);
+    if (!send(*request, spIndex)) {
       // No third try, whatever the words say. The line is not loaded anew, on purpose: the commands
       // that follow are empty, and an SP that failed twice is not asked for its other records.
       logPrevented(" cmd failed..trying again.. ");
@@ -85,17 +94,18 @@ void DescriptorWalk::walkSP(int spIndex) {
 }
 
 DescribedCommand DescriptorWalk::readCommand() {
+  replyLength_ = 0;
   reply_.fill(0);
   takeToken(line_);  // the type: whatever line the walk stands on is taken for a command line
-  const int count = std::max(tokenNumber(takeToken(line_).value_or("0")), 0);
   DescribedCommand command;
-  command.path.resize(static_cast<std::size_t>(count));
-  for (unsigned char& byte : command.path) {
+  command.count = std::max(tokenNumber(takeToken(line_).value_or("0")), 0);
+  command.path = std::make_unique<unsigned char[]>(static_cast<std::size_t>(command.count));
+  for (int i = 0; i < command.count; ++i) {
     const auto token = takeToken(line_);
     if (!token) continue;  // the byte stays 0
-    logTrace(" reading dotcommand ", std::string(*token));
+    logTrace(" reading dotcommand ", *token);
     commandTrace_ += *token;
-    byte = static_cast<unsigned char>(tokenNumber(*token));
+    command.path[static_cast<std::size_t>(i)] = static_cast<unsigned char>(tokenNumber(*token));
   }
   command.className = takeToken(line_).value_or("");
   logTrace("dotcommand ", commandTrace_);
@@ -103,13 +113,9 @@ DescribedCommand DescriptorWalk::readCommand() {
 }
 
 // Sends the command, and once more when that fails.
-bool DescriptorWalk::send(const DescribedCommand& command, int spIndex) {
-  const unsigned char noData = 0;
-  dotCmd request(kDotCommandType, static_cast<int>(command.path.size()), 0, command.path.data(),
-                 &noData);
-  int replyLength = 0;  // fields are cut at the offsets of the table, whatever was sent
+bool DescriptorWalk::send(dotCmd& request, int spIndex) {
   const auto sendOnce = [&] {
-    return spLibrary_.sendDotCommand(&request, reply_.data(), &replyLength, spIndex, kReplySize);
+    return spLibrary_.sendDotCommand(&request, reply_.data(), &replyLength_, spIndex, kReplySize);
   };
   return sendOnce() || sendOnce();  // NOLINT(misc-redundant-expression): the SP may answer now
 }
@@ -136,12 +142,12 @@ PropertyMap DescriptorWalk::readGroup(const std::string& className, int spIndex)
   if (contains(className, kDiagnosticClass)) properties.emplace("Version", "");
 
   field_.type.assign(1, 'x');  // no type of a field
-  std::size_t offset = 0;
+  std::int64_t offset = 0;
   while (true) {
     logProgress("spfirmwarevpd::getSPFirmwareVpd parsing for data type, length , description");
     field_.read(line_);
-    if (!readField(className, offset, properties)) break;
-    offset += static_cast<std::size_t>(std::max(field_.length, 0));
+    if (!readField(className, replyFrom(offset), properties)) break;
+    offset += field_.length;  // a negative length moves it back
     ++lineIndex_;
     if (!hasLine()) break;
     line_ = table_[lineIndex_];
@@ -149,13 +155,19 @@ PropertyMap DescriptorWalk::readGroup(const std::string& className, int spIndex)
   return properties;
 }
 
+// The reply from the offset on; nothing of it when the offset lies outside.
+RecordBytes DescriptorWalk::replyFrom(std::int64_t offset) const {
+  if (offset < 0 || offset >= kReplySize) return {};
+  return RecordBytes(reply_).subspan(static_cast<std::size_t>(offset));
+}
+
 // False for a line that is no field line.
-bool DescriptorWalk::readField(const std::string& className, std::size_t offset,
+bool DescriptorWalk::readField(const std::string& className, RecordBytes field,
                                PropertyMap& properties) {
   if (field_.type == "b") {
-    readNumber(className, offset, properties);
+    readNumber(className, field, properties);
   } else if (field_.type == "a") {
-    readText(offset, properties);
+    readText(field, properties);
   } else if (field_.type == "v") {
     properties.emplace("Version", "");
   } else if (field_.type != "r") {
@@ -164,19 +176,19 @@ bool DescriptorWalk::readField(const std::string& className, std::size_t offset,
   return true;
 }
 
-void DescriptorWalk::readNumber(const std::string& className, std::size_t offset,
+// The field's first byte, whatever its length.
+void DescriptorWalk::readNumber(const std::string& className, RecordBytes field,
                                 PropertyMap& properties) {
-  const bool isThere = field_.length > 0 && offset < reply_.size();
-  const std::string number = std::to_string(isThere ? reply_.at(offset) : 0);
+  const std::string number = std::to_string(field.empty() ? 0 : field.front());
   properties.emplace(field_.name, number);
   if (contains(className, kHardwareRevisionClass) && contains(field_.name, "Hardwarelevel")) {
     properties.emplace("Version", number);
   }
 }
 
-void DescriptorWalk::readText(std::size_t offset, PropertyMap& properties) {
+void DescriptorWalk::readText(RecordBytes field, PropertyMap& properties) {
   const auto length = static_cast<std::size_t>(std::max(field_.length, 0));
-  const std::string text = cutText(reply_, offset, std::min(length, kTextLimit));
+  const std::string text = cutText(field, 0, std::min(length, kTextLimit));
   properties.emplace(field_.name, contains(field_.name, "BuildDate") ? dateText(text) : text);
 }
 

@@ -120,7 +120,7 @@ class ComponentReader {
  private:
   void readKind(const ComponentKind& kind, CommandPath& path, int spIndex);
   void readInstance(const ComponentKind& kind, const CommandPath& path, int spIndex);
-  bool send(const CommandPath& path, const CommandData& data, int spIndex);
+  bool send(dotCmd& command, int spIndex);
   void decode(const ComponentKind& kind, int number);
   void reportUnread(const ComponentKind& kind, const DataSet& dataSet, int number,
                     bool wasSent) const;
@@ -171,15 +171,15 @@ int ComponentReader::countInstances(CommandPath& path) {
 void ComponentReader::readInstance(const ComponentKind& kind, const CommandPath& path,
                                    int spIndex) {
   for (const DataSet& dataSet : kind.dataSets) {
-    const bool wasSent = send(path, dataSet.data, spIndex);
+    dotCmd command(kDotCommandType, kPathSize, kDataSize, path.data(), dataSet.data.data());
+    const bool wasSent = send(command, spIndex);
     if (wasSent && replyLength_ >= 1) return decode(kind, path.back());
     reportUnread(kind, dataSet, path.back(), wasSent);
   }
 }
 
-bool ComponentReader::send(const CommandPath& path, const CommandData& data, int spIndex) {
+bool ComponentReader::send(dotCmd& command, int spIndex) {
   reply_.fill(0);
-  dotCmd command(kDotCommandType, kPathSize, kDataSize, path.data(), data.data());
   return spLibrary_.sendDotCommand(&command, reply_.data(), &replyLength_, spIndex, kReplySize);
 }
 

@@ -85,7 +85,7 @@ TEST_F(LoadSPCommandsTest, SecondCallDoublesTheTable) {
 }
 
 TEST(DescriptorLineTest, TokensEndAtBars) {
-  std::string_view line = "d|5||last";
+  std::string line = "d|5||last";
   EXPECT_EQ(takeToken(line), "d");
   EXPECT_EQ(takeToken(line), "5");
   EXPECT_EQ(takeToken(line), "");

@@ -168,6 +168,44 @@ TEST_F(ParseVpdTest, WideNumberYieldsItsFirstByteAndTakesItsWholeWidth) {
   EXPECT_EQ(records.at(0).at("KRXSG_Test").at("Next"), "3");
 }
 
+// The offsets are sums: bytes 0 to 3 are read, then 0 to 2 once more and so on.
+TEST_F(ParseVpdTest, NegativeLengthMovesTheOffsetBack) {
+  const struct {
+    const char* what;
+    std::vector<std::string> fields;
+    std::string b;
+    std::string c;
+  } cases[] = {
+      {"back within the reply", {"b|4|A|", "r|-3|R|", "b|1|B|", "a|2|C|"}, "50", "34"},
+      {"back to before the reply", {"r|-1|R|", "b|1|B|", "a|2|C|"}, "0", "12"},
+      {"a text before the reply is empty", {"r|-2|R|", "a|4|C|", "r|-2|R|", "b|1|B|"}, "49", ""},
+      {"a number of no bytes is the first", {"b|0|B|", "a|1|C|"}, "49", "1"},
+      {"a number of a negative length too", {"r|2|R|", "b|-2|B|", "a|1|C|"}, "51", "1"},
+      {"a text of a negative length is empty", {"r|2|R|", "a|-1|C|", "b|1|B|"}, "50", ""},
+      {"far beyond every buffer",
+       {"r|2147483647|R|", "r|2147483647|R|", "b|-2147483648|B|", "r|-2147483646|R|", "a|1|C|"},
+       "0",
+       "1"},
+  };
+  for (const auto& c : cases) {
+    plugin.spCommandTable = {"d|1|9|KRXSG_Test|"};
+    plugin.spCommandTable.insert(plugin.spCommandTable.end(), c.fields.begin(), c.fields.end());
+    SimulatedSP description = dotCommandSP();
+    answer(description, {9}, text("12345", 5));
+    const auto properties = parse(description).at(0).at("KRXSG_Test");
+    EXPECT_EQ(properties.at("B"), c.b) << c.what;
+    EXPECT_EQ(properties.at("C"), c.c) << c.what;
+  }
+}
+
+TEST_F(ParseVpdTest, NegativeByteCountCountsAsNone) {
+  plugin.spCommandTable = {"d|-2|KRXSG_Test|", "b|1|Number|"};
+  SimulatedSP description = dotCommandSP();
+  answer(description, {}, {5});
+  EXPECT_TRUE(parse(description).at(0).contains("KRXSG_Test"));
+  EXPECT_EQ(takeTraffic(), (std::vector<std::string>{" to SP 0"}));
+}
+
 TEST_F(ParseVpdTest, VersionPlaceholderIsEmptyAndSkipsItsBytes) {
   plugin.spCommandTable = {"d|1|9|KRXSG_Test|", "v|2|Anything|", "b|1|Next|"};
   SimulatedSP description = dotCommandSP();
