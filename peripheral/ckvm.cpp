@@ -61,15 +61,23 @@ std::string levelText(const IpmiRecord& reply, int length) {
   return level;
 }
 
-// nullopt when the device has no description, which is logged.
-std::optional<std::string> readDescription(const InstanceHandle& usbDevice) {
+using PropertyHandle = boost::shared_ptr<ICIMProperty>;
+
+// nullopt when the device has no such property, which is logged.
+std::optional<PropertyHandle> findDescription(const InstanceHandle& usbDevice) {
   try {
-    return usbDevice->GetProperty("Description", {})->GetValueAsString();
+    return usbDevice->GetProperty("Description", {});
   } catch (const TVELException&) {
     logProgress(
         "spfirmwarevpd: No Description property in the current instance of KRXSG_USBDevice");
     return std::nullopt;
   }
+}
+
+// Only the look-up may fail: what a null property or its value throws passes.
+bool iscKVM(const InstanceHandle& usbDevice) {
+  const auto description = findDescription(usbDevice);
+  return description && contains((*description)->GetValueAsString(), "cKVM");
 }
 
 std::optional<std::vector<InstanceHandle>> readUsbDevices(const NamespaceHandle& ns) {
@@ -91,10 +99,8 @@ void SPFirmwareVpd::DeterminecKVMExist(NamespaceHandle ns) {
     logProgress("spfirmwarevpd: There is no cKVM.");
     return;
   }
-  const bool found = std::ranges::any_of(*usbDevices, [](const InstanceHandle& usbDevice) {
-    return contains(readDescription(usbDevice).value_or(""), "cKVM");
-  });
-  if (!found) return;  // says nothing, and keeps what an earlier look found
+  if (std::ranges::none_of(*usbDevices, iscKVM))
+    return;  // says nothing, and keeps what an earlier look found
   cKVMExists = true;
   logProgress("spfirmwarevpd: There is cKVM.");
 }

@@ -19,11 +19,12 @@ std::string field(const std::string& deviceId, std::string_view key, char endMar
 
 }  // namespace
 
-std::optional<UsbStorageDevice> parseUsbStoragePath(const std::string& deviceId) {
-  if (!contains(deviceId, "USBSTOR")) return std::nullopt;
-  return UsbStorageDevice{.vendor = field(deviceId, "VEN_", '&'),
-                          .product = field(deviceId, "PROD_", '&'),
-                          .revision = field(deviceId, "REV_", '\\')};
+bool isUsbStoragePath(const std::string& deviceId) { return contains(deviceId, "USBSTOR"); }
+
+UsbStorageDevice parseUsbStoragePath(const std::string& deviceId) {
+  return {.vendor = field(deviceId, "VEN_", '&'),
+          .product = field(deviceId, "PROD_", '&'),
+          .revision = field(deviceId, "REV_", '\\')};
 }
 
 }  // namespace spfirmwarevpd

@@ -3,7 +3,6 @@
 // USB mass-storage device identifiers: USBSTOR\class&VEN_vendor&PROD_product&REV_revision\rest
 #pragma once
 
-#include <optional>
 #include <string>
 
 namespace spfirmwarevpd {
@@ -14,8 +13,10 @@ struct UsbStorageDevice {
   std::string revision;
 };
 
-// nullopt for a device that is not attached over USB. A missing key gives the empty text, a missing
-// end mark the text up to the end.
-std::optional<UsbStorageDevice> parseUsbStoragePath(const std::string& deviceId);
+// The device is attached over USB.
+bool isUsbStoragePath(const std::string& deviceId);
+
+// A missing key gives the empty text, a missing end mark the text up to the end.
+UsbStorageDevice parseUsbStoragePath(const std::string& deviceId);
 
 }  // namespace spfirmwarevpd

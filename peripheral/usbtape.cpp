@@ -10,8 +10,9 @@ using namespace spfirmwarevpd;
 
 namespace {
 
-void publishTape(const NamespaceHandle& ns, const UsbStorageDevice& tape) {
+void publishTape(const NamespaceHandle& ns, const std::string& deviceId) {
   const auto instance = ns->GetClass(kUsbTapeClass, pluginContext())->CreateInstance();
+  const UsbStorageDevice tape = parseUsbStoragePath(deviceId);
   if (tape.revision.empty()) return;
   const std::pair<const char*, TCIMValue> properties[] = {
       {"Version", TCIMValue(tape.revision)},
@@ -30,7 +31,8 @@ void publishTape(const NamespaceHandle& ns, const UsbStorageDevice& tape) {
 // Whatever the framework throws ends the call and passes to the caller.
 void SPFirmwareVpd::getUsbTapeFirmware(NamespaceHandle ns) {
   for (const auto& drive : enumerateInstances(ns, kTapeDriveClass, pluginContext())) {
-    const std::string deviceId = drive->GetProperty("DeviceID", {})->GetValue().ToString(10);
-    if (const auto tape = parseUsbStoragePath(deviceId)) publishTape(ns, *tape);
+    const auto property = drive->GetProperty("DeviceID", pluginContext());
+    const std::string deviceId = property->GetValue().ToString(10);
+    if (isUsbStoragePath(deviceId)) publishTape(ns, deviceId);
   }
 }

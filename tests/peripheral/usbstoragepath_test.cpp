@@ -43,8 +43,8 @@ TEST(UsbStoragePath, FieldsAreCutAtTheirMarks) {
   };
   for (const auto& c : cases) {
     const auto device = parseUsbStoragePath(c.deviceId);
-    ASSERT_TRUE(device.has_value()) << c.what;
-    EXPECT_EQ(std::tie(device->vendor, device->product, device->revision),
+    EXPECT_TRUE(isUsbStoragePath(c.deviceId)) << c.what;
+    EXPECT_EQ(std::tie(device.vendor, device.product, device.revision),
               std::make_tuple(c.vendor, c.product, c.revision))
         << c.what;
   }
@@ -55,7 +55,7 @@ TEST(UsbStoragePath, OtherDevicesAreNoUsbStorage) {
        {"", R"(SCSI\SEQUENTIAL&VEN_ACME&PROD_TAPE1&REV_0102\5)",
         R"(SAS\SEQUENTIAL&VEN_ACME&PROD_TAPE1&REV_0102\5)",
         R"(usbstor\SEQUENTIAL&VEN_ACME&PROD_TAPE1&REV_0102\5)", R"(USBSTO\R&VEN_A&REV_1\)"}) {
-    EXPECT_FALSE(parseUsbStoragePath(deviceId).has_value()) << deviceId;
+    EXPECT_FALSE(isUsbStoragePath(deviceId)) << deviceId;
   }
 }
 

@@ -65,7 +65,6 @@ TEST_F(UsbTapeTest, ScsiOrSasTapeGivesNothing) {
   addDrive(R"(SAS\SEQUENTIAL&VEN_ACME&PROD_TAPE1&REV_0102\5&1A2B)");
   addDrive(R"(usbstor\SEQUENTIAL&VEN_ACME&PROD_TAPE1&REV_0102\5&1A2B)");
   ns->addCompanion("KRXSG_TapeDrive", {{"Description", TCIMValue("USBSTOR")}});  // no DeviceID
-  useFaults({});
   EXPECT_EQ(collect(), Rows{});
 }
 
@@ -103,10 +102,12 @@ TEST_F(UsbTapeTest, EveryLookupIsMadeAsAPlugin) {
   EXPECT_EQ(
       spy->takeCalls(),
       (Calls{"get KRXSG_TapeDrive as a plug-in", "enumerate KRXSG_TapeDrive as a plug-in",
-             "read KRXSG_TapeDrive.DeviceID", "read KRXSG_TapeDrive.DeviceID",
+             "read KRXSG_TapeDrive.DeviceID as a plug-in",
+             "read KRXSG_TapeDrive.DeviceID as a plug-in",
              "get KRXSG_USBTapeFirmwareElement as a plug-in", "create KRXSG_USBTapeFirmwareElement",
-             "read KRXSG_TapeDrive.DeviceID", "get KRXSG_USBTapeFirmwareElement as a plug-in",
-             "create KRXSG_USBTapeFirmwareElement", "set KRXSG_USBTapeFirmwareElement.Version",
+             "read KRXSG_TapeDrive.DeviceID as a plug-in",
+             "get KRXSG_USBTapeFirmwareElement as a plug-in", "create KRXSG_USBTapeFirmwareElement",
+             "set KRXSG_USBTapeFirmwareElement.Version",
              "set KRXSG_USBTapeFirmwareElement.TargetOperatingSystem",
              "set KRXSG_USBTapeFirmwareElement.SoftwareElementState",
              "set KRXSG_USBTapeFirmwareElement.Name",
