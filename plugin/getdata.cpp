@@ -75,7 +75,7 @@ void SPFirmwareVpd::collectcKVM(NamespaceHandle ns) {
   CreatecKVMInstance(ns);
 }
 
-void SPFirmwareVpd::publish(const std::string& className) {
+void SPFirmwareVpd::publish(std::string className) {
   if (publishedClassIndex(classNames, className)) return retrieveInstances(className);
   // Accepted and left empty: the tape collector publishes by itself.
   if (className == kUsbTapeClass || className == classNames[kSystemBiosIndex]) return;

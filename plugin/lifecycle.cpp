@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "plugin/lifecycle.h"
-
 #include <array>
 #include <boost/pointer_cast.hpp>
 
@@ -14,6 +12,8 @@ using namespace spfirmwarevpd;
 
 namespace {
 
+constexpr char kPluginVersion[] = "1.0";
+
 constexpr std::array<const char*, 10> kClassNames = {
     kDiagnosticClass, kPostBiosClass,     kSystemBiosElementClass, kHardwareRevisionClass,
     kVpdClass,        kMainFirmwareClass, kBootRomFirmwareClass,   kDeviceDriverClass,
@@ -24,11 +24,13 @@ constexpr std::array<const char*, 10> kClassNames = {
 // The classes before KRXSG_SystemBIOS.
 constexpr std::uint32_t kSPClassCount = 8;
 
-}  // namespace
-
-void spfirmwarevpd::release(IPluginCallbacks* plugin) {
+// Null is allowed: a framework may call PrepareForUnload for an object that it does not have. This
+// unit is built so that the test for null stays in (see CMakeLists.txt).
+void release(IPluginCallbacks* plugin) {
   delete plugin;  // NOLINT(cppcoreguidelines-owning-memory): nobody else owns it
 }
+
+}  // namespace
 
 SPFirmwareVpd::SPFirmwareVpd() {
   // No test for null: the access through a null manager raises "px != 0".

@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "plugin/lifecycle.h"
-
 #include "tests/support/pluginfixture.h"
 #include "vel/exception.h"
 
@@ -113,11 +111,6 @@ TEST_F(LifecycleTest, PrepareForUnloadDeletesTheObject) {
   IPluginCallbacks* const watched = new Watched(ended);
   watched->PrepareForUnload();
   EXPECT_TRUE(ended);
-}
-
-TEST_F(LifecycleTest, ReleasingANullObjectDoesNothing) {
-  release(nullptr);
-  EXPECT_TRUE(log.empty());
 }
 
 // The order in which the framework finds the operations in the object.

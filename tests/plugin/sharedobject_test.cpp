@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <boost/make_shared.hpp>
+#include <cstring>
+#include <regex>
 
 #include "tests/host/programrun.h"
 #include "velhost/cimnamespace.h"
@@ -46,6 +48,61 @@ TEST(SharedObjectTest, LoadsAnswersUnloadsAndLoadsAgain) {
   host::setSmbiosTable(std::nullopt);
   host::setSPLibrary(nullptr);
   host::setMachineType(std::nullopt);
+}
+
+// The operation as a caller in another shared object reaches it, with no object behind it.
+TEST(SharedObjectTest, PrepareForUnloadOfANullObjectDoesNothing) {
+  constexpr std::size_t kSlot = 6;  // behind both destructors and the four operations of identity
+  host::PluginLoader loader;
+  const auto plugin = loader.load(PLUGIN_FILE);
+  using Operation = void (*)(IPluginCallbacks*);
+  Operation prepareForUnload = nullptr;
+  const unsigned char* table = nullptr;
+  std::memcpy(&table, static_cast<void*>(&plugin->callbacks()), sizeof table);
+  std::memcpy(&prepareForUnload, table + kSlot * sizeof prepareForUnload, sizeof prepareForUnload);
+  prepareForUnload(nullptr);
+  EXPECT_EQ(plugin->callbacks().GetName(), "SPFirmwareVPD");
+}
+
+TEST(SharedObjectTest, HoldsTheOperationOfEveryCollector) {
+  const std::string symbols =
+      std::regex_replace(velhost::runProgram("/usr/bin/nm", {{"-C", PLUGIN_FILE}, {}}).out,
+                         std::regex(R"(\[abi:cxx11\])"), "");  // of those that return a text
+  for (const char* operation : {"GetData(",
+                                "retrieveInstances(",
+                                "gatherSPdata(",
+                                "loadSPCommands(",
+                                "getParseVPD(",
+                                "getSPFirmwareVpd(",
+                                "getSPFirmware(",
+                                "createSPFirmwareInstance(",
+                                "getMachineType(",
+                                "IscKVMMachine(",
+                                "getType11(",
+                                "getSpNameFromSmBios(",
+                                "getBIOSstructure(",
+                                "getPOSTBIOSInfo(",
+                                "doTime(",
+                                "getDiagsFirmware(",
+                                "createDiagInstance(",
+                                "createDiagInstanceBasedOnDotCommand(",
+                                "getDiagVPDInfo(",
+                                "getVPDdata(",
+                                "gettamberVPD(",
+                                "printVpdData(",
+                                "printMemoryVpdData(",
+                                "printPlanarVpd(",
+                                "getMDManufacturer(",
+                                "gettamberFirmware(",
+                                "DeterminecKVMExist(",
+                                "GetcKVMFirmwareVersion(",
+                                "CreatecKVMInstance(",
+                                "DetermineIPMIFRUExist(",
+                                "getUsbTapeFirmware("}) {
+    EXPECT_NE(symbols.find(std::string(" SPFirmwareVpd::") + operation), std::string::npos)
+        << operation;
+  }
+  EXPECT_NE(symbols.find(" isAllNumeric("), std::string::npos);
 }
 
 TEST(SharedObjectTest, ExportsOneConstantAndNothingElse) {
