@@ -31,7 +31,7 @@ def server(modules=(), qemu=()):
     for program in (BUILD / "tests" / "usbtape", BUILD / "bin" / "velhost"):
         guest.files.add_program(program)
         guest.files.link(f"/bin/{program.name}", program)
-    for library in (BUILD / "lib").glob("*.so"):
+    for library in (BUILD / "lib").rglob("*.so"):
         guest.files.add_program(library)
     guest.files.add_file(HERE / "gadgets.sh", "/gadgets.sh")
     return guest
