@@ -3,8 +3,10 @@
 
 #include <dlfcn.h>
 
+#include <array>
 #include <boost/make_shared.hpp>
 #include <exception>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -15,8 +17,37 @@
 namespace NKRXVEL20::host {
 namespace {
 
+// A plug-in may throw what it likes. To be called in a catch block only.
+std::string currentExceptionText() {
+  try {
+    throw;
+  } catch (const std::exception& error) {
+    return error.what();
+  } catch (...) {
+    return "an exception that is no std::exception";
+  }
+}
+
+// A destructor must not throw, and one step that fails must not keep the next from being taken.
+template <typename Step>
+void logFailure(const char* name, Step step) noexcept {
+  try {
+    try {
+      step();
+    } catch (...) {
+      TRootObject::GetCoreLogger().Log(kSeverityFailure,
+                                       std::string(name) + " failed: " + currentExceptionText());
+    }
+  } catch (...) {  // there is nobody left to tell
+  }
+}
+
+// Its static destructors run in here; see openSharedObject.
 struct CloseSharedObject {
-  void operator()(void* handle) const { dlclose(handle); }
+  void operator()(void* handle) const noexcept {
+    int (*volatile close)(void*) = dlclose;
+    logFailure("unloading", [&] { close(handle); });
+  }
 };
 using SharedObject = std::unique_ptr<void, CloseSharedObject>;
 
@@ -42,21 +73,17 @@ SharedObject openSharedObject(const std::filesystem::path& file) {
   SharedObject object;
   try {
     object.reset(open(path.c_str(), RTLD_NOW | RTLD_LOCAL));
-  } catch (const std::exception& error) {
-    refuse(file, std::string("its static constructors failed: ") + error.what());
+  } catch (...) {
+    refuse(file, "its static constructors failed: " + currentExceptionText());
   }
   if (object == nullptr) refuse(file, loaderReason(path));
   return object;
 }
 
-// A destructor must not throw, and one step that fails must not keep the next from being taken.
-template <typename Step>
-void logFailure(const char* name, Step step) {
-  try {
-    step();
-  } catch (const std::exception& error) {
-    TRootObject::GetCoreLogger().Log(kSeverityFailure,
-                                     std::string(name) + " failed: " + error.what());
+// Ends plug-ins, each in its own way.
+void endPlugins(std::span<IPluginCallbacks* const> plugins) noexcept {
+  for (IPluginCallbacks* const plugin : plugins) {
+    logFailure("PrepareForUnload", [plugin] { plugin->PrepareForUnload(); });
   }
 }
 
@@ -68,7 +95,7 @@ class PluginInProcess : public LoadedPlugin {
 
   ~PluginInProcess() override {
     logFailure("DeInit", [this] { callbacks_.DeInit(); });
-    logFailure("PrepareForUnload", [this] { callbacks_.PrepareForUnload(); });
+    endPlugins(std::array{&callbacks_});
   }
 
   PluginInProcess(const PluginInProcess&) = delete;
@@ -96,16 +123,18 @@ PluginLoader::~PluginLoader() { setPluginManager(nullptr); }
 std::unique_ptr<LoadedPlugin> PluginLoader::load(const std::filesystem::path& file) {
   const auto manager =
       boost::dynamic_pointer_cast<TPluginManagerNamespace>(TRootObject::GetPluginManager());
-  manager->registered_ = nullptr;
+  manager->registered_.clear();
   SharedObject object = openSharedObject(file);
-  IPluginCallbacks* plugin = std::exchange(manager->registered_, nullptr);
-  if (plugin == nullptr) refuse(file, "it registers no plug-in");
-  auto* query = dynamic_cast<IPluginBasicQueryCallbacks*>(plugin);
-  if (query == nullptr) {
-    plugin->PrepareForUnload();
-    refuse(file, "its plug-in answers no queries (IPluginBasicQueryCallbacks)");
+  const auto plugins = std::exchange(manager->registered_, {});
+  if (plugins.empty()) refuse(file, "it registers no plug-in");
+  auto* query = dynamic_cast<IPluginBasicQueryCallbacks*>(plugins.front());
+  if (plugins.size() == 1 && query != nullptr) {
+    return std::make_unique<PluginInProcess>(std::move(object), *plugins.front(), *query);
   }
-  return std::make_unique<PluginInProcess>(std::move(object), *plugin, *query);
+  endPlugins(plugins);
+  refuse(file, plugins.size() == 1
+                   ? "its plug-in answers no queries (IPluginBasicQueryCallbacks)"
+                   : "it registers " + std::to_string(plugins.size()) + " plug-ins, not one");
 }
 
 }  // namespace NKRXVEL20::host

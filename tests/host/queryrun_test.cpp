@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "host/requesterror.h"
 #include "host/resultdocument.h"
 
 namespace velhost {
@@ -91,6 +92,7 @@ TEST(QueryRun, AnExceptionEndsTheRequestAndNotTheRun) {
       {"KRXSG_USBDevice", "TVELException", 2, "not served"},
       {"KRXSG_SystemBIOS", "std::runtime_error", std::nullopt, "it broke"},
       {"KRXSG_HardwareRevisionLevel", "(anonymous namespace)::OwnError", std::nullopt, ""},
+      {"KRXSG_SPROMFirmwareVPDMain", "int", std::nullopt, ""},
   };
   QueryRun queryRun(bareMachine(), traced());
   for (const auto& c : cases) {
@@ -114,6 +116,38 @@ TEST(QueryRun, AFailedInitFailsTheRequestAndIsTriedAgain) {
     EXPECT_EQ(40, result.error->code);
     EXPECT_TRUE(result.instances.empty());
     EXPECT_EQ((std::vector<LogEntry>{{3, "Init"}}), result.coreLog);
+  }
+}
+
+TEST(QueryRun, WhateverInitThrowsFailsTheRequest) {
+  Machine machine = bareMachine();
+  machine.machineType = "Init";
+  QueryRun queryRun(std::move(machine), traced());
+  const QueryResult result = queryRun.request({"KRXSG_Vpd"}, true);
+  ASSERT_TRUE(result.error);
+  EXPECT_EQ("int", errorText(*result.error));
+}
+
+TEST(QueryRun, APluginThatDoesNotSayWhoItIsIsNotQueried) {
+  Machine machine = bareMachine();
+  machine.machineType = "GetName";
+  try {
+    const QueryRun queryRun(std::move(machine), traced());
+    FAIL() << "no exception";
+  } catch (const std::runtime_error& error) {
+    EXPECT_STREQ("the plug-in does not say who it is: int", error.what());
+  }
+}
+
+TEST(QueryRun, WhateverThePluginsEndThrowsIsLogged) {
+  for (const std::string call : {"DeInit", "PrepareForUnload"}) {
+    Machine machine = bareMachine();
+    machine.machineType = call;
+    std::vector<LogEntry> seen;
+    QueryRun(std::move(machine),
+             {TEST_PLUGIN, false, [&](const LogEntry& entry) { seen.push_back(entry); }});
+    const std::string text = call + " failed: an exception that is no std::exception";
+    EXPECT_EQ((std::vector<LogEntry>{{0, text}}), seen);
   }
 }
 

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // A plug-in for the host's tests. The classes asked for tell it what to do, in their order; the
-// machine type "INITFAIL" makes Init fail.
+// machine type "INITFAIL" makes Init fail, and one that is a call's name has that call throw what
+// is no std::exception.
 #include <boost/pointer_cast.hpp>
 #include <functional>
 #include <map>
@@ -80,6 +81,10 @@ void showCompanions(const Namespace& ns) {
 
 struct OwnError {};
 
+void throwWhere(const std::string& call) {
+  if (TOSSpecific::GetMachineTypeFromID() == call) throw 42;
+}
+
 const std::map<std::string, std::function<void(const Namespace&)>>& deeds() {
   static const std::map<std::string, std::function<void(const Namespace&)>> kDeeds{
       {"KRXSG_SystemBIOSElement", publishBios},
@@ -90,6 +95,7 @@ const std::map<std::string, std::function<void(const Namespace&)>>& deeds() {
       {"KRXSG_PostBIOSVPD", [](const Namespace&) {}},
       {"KRXSG_SystemBIOS", [](const Namespace&) { throw std::runtime_error("it broke"); }},
       {"KRXSG_HardwareRevisionLevel", [](const Namespace&) { throw OwnError(); }},
+      {"KRXSG_SPROMFirmwareVPDMain", [](const Namespace&) { throw 42; }},
   };
   return kDeeds;
 }
@@ -102,17 +108,24 @@ class TestPlugin : public IPluginCallbacks, public IPluginBasicQueryCallbacks {
   }
 
   int GetType() override { return 7; }
-  std::string GetName() override { return "TestPlugin"; }
+  std::string GetName() override {
+    throwWhere("GetName");
+    return "TestPlugin";
+  }
   std::string GetVersion() override { return "0.9"; }
   std::string GetInterfaceVersion() override { return fdrPluginInterfaceVersion; }
-  void PrepareForUnload() override { delete this; }
+  void PrepareForUnload() override {
+    delete this;
+    throwWhere("PrepareForUnload");
+  }
 
   void Init() override {
     TRootObject::GetCoreLogger().Log(kSeverityProgress, "Init");
     if (TOSSpecific::GetMachineTypeFromID() == "INITFAIL") throw TVELException(40, "no Init");
+    throwWhere("Init");
   }
 
-  void DeInit() override {}
+  void DeInit() override { throwWhere("DeInit"); }
 
   void GetData(Namespace ns, std::vector<boost::shared_ptr<ICIMClass>>& classes) override {
     for (const auto& cimClass : classes) {

@@ -3,6 +3,7 @@
 
 #include <boost/shared_ptr.hpp>
 #include <string>
+#include <vector>
 
 #include "vel/cim.h"
 #include "vel/export.h"
@@ -21,7 +22,8 @@ class VEL_API TPluginManagerNamespace : public ICIMNamespace {
   TPluginManagerNamespace();
   ~TPluginManagerNamespace() override;
 
-  // Makes the plug-in known. The manager does not own it.
+  // Makes the plug-in known; null makes none known, and the same one counts once. The manager does
+  // not own it.
   void RegisterPlugin(IPluginCallbacks* plugin);
 
   boost::shared_ptr<ICIMClass> GetClass(const std::string& name, TCIMValueMap context) override;
@@ -29,7 +31,7 @@ class VEL_API TPluginManagerNamespace : public ICIMNamespace {
  private:
   friend class host::PluginLoader;
 
-  IPluginCallbacks* registered_ = nullptr;
+  std::vector<IPluginCallbacks*> registered_;
 };
 
 }  // namespace NKRXVEL20

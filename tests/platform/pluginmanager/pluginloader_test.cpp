@@ -5,8 +5,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -24,6 +26,8 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
+
+const std::string kForeign = "an exception that is no std::exception";
 
 std::filesystem::path pluginFile(const std::string& name) {
   return std::filesystem::path(TEST_PLUGIN_DIRECTORY) / (name + ".pi.so");
@@ -102,6 +106,23 @@ TEST_F(PluginLoaderTest, UnloadingGoesOnAfterAFailedDeInit) {
   EXPECT_FALSE(isMapped(pluginFile("failing")));
 }
 
+TEST_F(PluginLoaderTest, UnloadingGoesOnWhateverIsThrown) {
+  loader_.load(pluginFile("failing_foreign")).reset();
+  EXPECT_THAT(log_, ElementsAre("constructed", "DeInit failed: " + kForeign, "PrepareForUnload",
+                                "destroyed", "PrepareForUnload failed: " + kForeign));
+  EXPECT_FALSE(isMapped(pluginFile("failing_foreign")));
+}
+
+// In a process of its own: the system's loader unmaps nothing any more afterwards.
+TEST_F(PluginLoaderTest, UnloadingSurvivesWhatStaticDestructorsThrow) {
+  const auto unload = [this] {
+    loader_.load(pluginFile("failing_destructor")).reset();
+    std::cerr << log_.back() << '\n';
+    std::_Exit(loader_.load(pluginFile("answering")) ? 7 : 0);
+  };
+  EXPECT_EXIT(unload(), testing::ExitedWithCode(7), "^unloading failed: " + kForeign + "\n$");
+}
+
 TEST_F(PluginLoaderTest, RefusesAMissingFile) {
   EXPECT_EQ("/nowhere/x.pi.so: cannot open shared object file: No such file or directory",
             refusal("/nowhere/x.pi.so"));
@@ -129,9 +150,43 @@ TEST_F(PluginLoaderTest, RefusesAPluginThatAnswersNoQueriesAndEndsIt) {
   EXPECT_FALSE(isMapped(file));
 }
 
+TEST_F(PluginLoaderTest, RefusesAPluginThatAnswersNoQueriesAndFailsToEnd) {
+  const auto file = pluginFile("without_query_failing");
+  EXPECT_EQ(file.string() + ": its plug-in answers no queries (IPluginBasicQueryCallbacks)",
+            refusal(file));
+  EXPECT_THAT(log_, ElementsAre("constructed", "PrepareForUnload", "destroyed",
+                                "PrepareForUnload failed: " + kForeign));
+  EXPECT_FALSE(isMapped(file));
+}
+
+TEST_F(PluginLoaderTest, RefusesAnObjectThatRegistersNull) {
+  const auto file = pluginFile("registering_null");
+  EXPECT_EQ(file.string() + ": it registers no plug-in", refusal(file));
+  EXPECT_FALSE(isMapped(file));
+}
+
+TEST_F(PluginLoaderTest, RefusesAnObjectThatRegistersTwoPluginsAndEndsBoth) {
+  const auto file = pluginFile("registering_two");
+  EXPECT_EQ(file.string() + ": it registers 2 plug-ins, not one", refusal(file));
+  EXPECT_THAT(log_, ElementsAre("constructed", "constructed", "PrepareForUnload", "destroyed",
+                                "PrepareForUnload", "destroyed"));
+  EXPECT_FALSE(isMapped(file));
+}
+
+TEST_F(PluginLoaderTest, APluginThatRegistersTwiceIsOne) {
+  loader_.load(pluginFile("registering_twice")).reset();
+  EXPECT_THAT(log_, ElementsAre("constructed", "DeInit", "PrepareForUnload", "destroyed"));
+}
+
 TEST_F(PluginLoaderTest, ReportsWhatStaticConstructorsThrow) {
-  const auto file = pluginFile("throwing");
-  EXPECT_EQ(file.string() + ": its static constructors failed: cannot start", refusal(file));
+  const struct {
+    const char* plugin;
+    std::string reason;
+  } cases[] = {{"throwing", "cannot start"}, {"throwing_foreign", kForeign}};
+  for (const auto& c : cases) {
+    const auto file = pluginFile(c.plugin);
+    EXPECT_EQ(file.string() + ": its static constructors failed: " + c.reason, refusal(file));
+  }
   EXPECT_EQ("Test", loader_.load(pluginFile("answering"))->callbacks().GetName());
 }
 

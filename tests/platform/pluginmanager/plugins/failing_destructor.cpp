@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "loggingplugin.h"
+
+namespace NKRXVEL20 {
+namespace {
+
+class AnsweringPlugin : public LoggingPlugin, public IPluginBasicQueryCallbacks {
+ public:
+  void GetData(boost::shared_ptr<ICIMNamespace> /*ns*/,
+               std::vector<boost::shared_ptr<ICIMClass>>& /*classes*/) override {}
+};
+
+[[gnu::constructor]] void registerPlugin() { new AnsweringPlugin(); }
+
+[[gnu::destructor]] void fail() { throw 42; }
+
+}  // namespace
+}  // namespace NKRXVEL20
