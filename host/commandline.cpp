@@ -40,7 +40,11 @@ constexpr char kQueryNotes[] =
     "With --repeat, table and json show the answer to the last request, trace shows all.\n";
 
 constexpr char kRecordNotes[] =
-    "System credentials among the OEM strings of SMBIOS are always left out.\n";
+    "System credentials among the OEM strings of SMBIOS are always left out.\n"
+    "With --redact the serial numbers, asset tags and unique ids of SMBIOS, of the SPs and of\n"
+    "devices get pseudonyms wherever they stand, also in OEM strings and vendors' structures.\n"
+    "The host's name, addresses and all else stay. docs/machine-file.md lists what is looked\n"
+    "for.\n";
 
 using FormatName = std::pair<std::string_view, Format>;
 constexpr FormatName kFormats[] = {
@@ -128,7 +132,8 @@ CLI::App* addRecord(CLI::App& app, RecordCommand& record) {
   addPath(*command, "--output", record.output,
           "Write the machine file here, for you alone to read");
   command->add_flag("--force", record.force, "Replace the output file if it is there");
-  command->add_flag("--redact", record.redact, "Put pseudonyms for serial numbers and unique ids");
+  command->add_flag("--redact", record.redact,
+                    "Put pseudonyms for serial numbers, asset tags and unique ids");
   command->footer(kRecordNotes);
   return command;
 }

@@ -44,6 +44,29 @@ std::string numbered(std::string shape, std::uint64_t number) {
 
 }  // namespace
 
+std::vector<std::span<unsigned char>> textsIn(std::span<unsigned char> field) {
+  const auto isGap = [](unsigned char byte) { return byte == 0; };
+  const auto isBlank = [](unsigned char byte) { return byte == ' '; };
+  std::vector<std::span<unsigned char>> texts;
+  for (auto at = field.begin(); at != field.end();) {
+    const auto end = std::find_if(at, field.end(), isGap);
+    const auto begin = std::find_if_not(at, end, isBlank);
+    const auto behind = std::find_if_not(std::make_reverse_iterator(end),
+                                         std::make_reverse_iterator(begin), isBlank)
+                            .base();
+    if (begin != behind) texts.emplace_back(begin, behind);
+    at = std::find_if_not(end, field.end(), isGap);
+  }
+  return texts;
+}
+
+bool isNumber(std::span<const unsigned char> field) {
+  const auto isAll = [&](unsigned char value) {
+    return std::ranges::all_of(field, [value](unsigned char byte) { return byte == value; });
+  };
+  return !isAll(0x00) && !isAll(0xFF);
+}
+
 const std::string& Pseudonyms::of(const std::string& value) {
   const auto [entry, isNew] = known_.try_emplace(value);
   if (isNew) {
@@ -54,24 +77,13 @@ const std::string& Pseudonyms::of(const std::string& value) {
 }
 
 void Pseudonyms::replaceText(std::span<unsigned char> field) {
-  const auto isGap = [](unsigned char byte) { return byte == 0; };
-  const auto isBlank = [](unsigned char byte) { return byte == ' '; };
-  for (auto at = field.begin(); at != field.end();) {
-    const auto end = std::find_if(at, field.end(), isGap);
-    const auto begin = std::find_if_not(at, end, isBlank);
-    const auto behind = std::find_if_not(std::make_reverse_iterator(end),
-                                         std::make_reverse_iterator(begin), isBlank)
-                            .base();
-    if (begin != behind) std::ranges::copy(of({begin, behind}), begin);
-    at = std::find_if_not(end, field.end(), isGap);
+  for (const auto text : textsIn(field)) {
+    std::ranges::copy(of({text.begin(), text.end()}), text.begin());
   }
 }
 
 void Pseudonyms::replaceBytes(std::span<unsigned char> field) {
-  const auto isAll = [&](unsigned char value) {
-    return std::ranges::all_of(field, [value](unsigned char byte) { return byte == value; });
-  };
-  if (isAll(0x00) || isAll(0xFF)) return;
+  if (!isNumber(field)) return;
   std::ranges::copy(bytesOfHex(of(hexOfBytes(field))), field.begin());
 }
 
