@@ -4,7 +4,9 @@
 #include <algorithm>
 #include <boost/make_shared.hpp>
 #include <map>
+#include <set>
 #include <stdexcept>
+#include <tuple>
 
 #include "vel/exception.h"
 #include "velhost/schema.h"
@@ -23,11 +25,6 @@ struct InstanceData {
 };
 
 using InstanceList = std::vector<std::shared_ptr<InstanceData>>;
-
-struct CountedFault {
-  Fault fault;
-  unsigned calls = 0;
-};
 
 const ClassSchema& requireClass(const std::string& name) {
   const ClassSchema* found = findClass(name);
@@ -62,12 +59,56 @@ void setValue(InstanceData& instance, const std::string& name, const TCIMValue& 
   }
 }
 
-bool matches(const Fault& fault, CimOperation operation, std::string_view className,
-             std::string_view propertyName) {
-  return fault.operation == operation &&
-         (fault.className.empty() || fault.className == className) &&
-         (fault.propertyName.empty() || fault.propertyName == propertyName);
-}
+// The faults, in the order of their list. A call looks up those that it concerns, as there may be
+// thousands of either.
+class FaultList {
+ public:
+  explicit FaultList(std::vector<Fault> faults) : faults_(std::move(faults)) {
+    for (std::size_t i = 0; i < faults_.size(); ++i) {
+      const Fault& fault = faults_[i];
+      Watch& watch = watches_[{fault.operation, fault.className, fault.propertyName}];
+      watch.due.try_emplace(fault.nth.value_or(kEach), i);  // of equal faults the first throws
+    }
+  }
+
+  // Every fault that matches counts the call; the first of the list that is due, or null.
+  const Fault* meet(CimOperation operation, std::string_view className,
+                    std::string_view propertyName) {
+    if (faults_.empty()) return nullptr;
+    std::size_t first = faults_.size();
+    for (const Key& key : std::set<Key>{{operation, className, propertyName},
+                                        {operation, className, {}},
+                                        {operation, {}, propertyName},
+                                        {operation, {}, {}}}) {
+      const auto watch = watches_.find(key);
+      if (watch != watches_.end()) first = std::min(first, watch->second.count(first));
+    }
+    return first < faults_.size() ? &faults_[first] : nullptr;
+  }
+
+ private:
+  using Key = std::tuple<CimOperation, std::string_view, std::string_view>;
+  static constexpr unsigned kEach = 0;  // calls are counted from 1
+
+  // Faults of one operation, class and property have all met the same calls.
+  struct Watch {
+    unsigned calls = 0;
+    std::map<unsigned, std::size_t> due;  // place in the list, by the call that fails
+
+    // Counts a call; the place of the first fault that is due, or `none`.
+    std::size_t count(std::size_t none) {
+      ++calls;
+      for (const unsigned nth : {kEach, calls}) {
+        const auto found = due.find(nth);
+        if (found != due.end()) none = std::min(none, found->second);
+      }
+      return none;
+    }
+  };
+
+  std::vector<Fault> faults_;
+  std::map<Key, Watch> watches_;  // its texts are those of faults_
+};
 
 [[noreturn]] void raise(const Fault& fault) {
   constexpr const char* kText = "a failure that the host asked for";
@@ -79,23 +120,14 @@ bool matches(const Fault& fault, CimOperation operation, std::string_view classN
 
 struct CimNamespace::State {
   std::vector<std::string> missingClasses;
-  std::vector<CountedFault> faults;
+  FaultList faults;
   std::map<const ClassSchema*, InstanceList> instances;  // by class, in the order added
   std::vector<PublishedInstance> published;
 
-  // To be called before anything else that a plug-in's call does. Every fault that matches counts
-  // the call, also when an earlier one of the list throws.
+  // To be called before anything else that a plug-in's call does.
   void meetFaults(CimOperation operation, std::string_view className,
                   std::string_view propertyName = {}) {
-    const Fault* due = nullptr;
-    for (CountedFault& counted : faults) {
-      if (!matches(counted.fault, operation, className, propertyName)) continue;
-      ++counted.calls;
-      if (due == nullptr && counted.fault.nth.value_or(counted.calls) == counted.calls) {
-        due = &counted.fault;
-      }
-    }
-    if (due != nullptr) raise(*due);
+    if (const Fault* const due = faults.meet(operation, className, propertyName)) raise(*due);
   }
 
   void requirePresent(const ClassSchema& cimClass) const {
@@ -189,20 +221,11 @@ class Class : public ICIMClass {
   std::string name_;
 };
 
-std::vector<CountedFault> uncounted(std::vector<Fault> faults) {
-  std::vector<CountedFault> counted;
-  counted.reserve(faults.size());
-  for (Fault& fault : faults) counted.push_back({std::move(fault)});
-  return counted;
-}
-
 }  // namespace
 
 CimNamespace::CimNamespace(std::vector<std::string> missingClasses, std::vector<Fault> faults)
-    : state_(std::make_shared<State>()) {
-  state_->missingClasses = std::move(missingClasses);
-  state_->faults = uncounted(std::move(faults));
-}
+    : state_(std::make_shared<State>(
+          State{std::move(missingClasses), FaultList(std::move(faults)), {}, {}})) {}
 
 CimNamespace::~CimNamespace() = default;
 

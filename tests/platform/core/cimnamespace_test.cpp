@@ -228,8 +228,8 @@ TEST(CimNamespace, HandlesOutliveIt) {
 }
 
 // Every operation twice, in a fixed order, each with its outcome.
-std::vector<std::string> outcomes(const Fault& fault) {
-  const auto ns = makeNamespace({}, {fault});
+std::vector<std::string> outcomes(const std::vector<Fault>& faults) {
+  const auto ns = makeNamespace({}, faults);
   const auto request = ns->requestClass("KRXSG_USBDevice");
   ns->addCompanion("KRXSG_USBDevice", {{"Description", TCIMValue("d")}});
   InstancePtr instance;
@@ -290,7 +290,7 @@ TEST(CimNamespaceFaults, FailTheOperationThatTheyName) {
        {CimOperation::kSetProperty, "KRXSG_USBDevice", "DeviceID", 2, true},
        {"ok", "ok", "ok", "ok", "ok", "ok", "ok", "ok", "ok", "runtime_error", "ok", "ok"}},
   };
-  for (const auto& c : kCases) EXPECT_EQ(c.outcomes, outcomes(c.fault)) << c.what;
+  for (const auto& c : kCases) EXPECT_EQ(c.outcomes, outcomes({c.fault})) << c.what;
 }
 
 TEST(CimNamespaceFaults, ComeBeforeAnythingElse) {
@@ -316,6 +316,34 @@ TEST(CimNamespaceFaults, EachCountsTheCallAndTheFirstDueThrows) {
   std::vector<std::string> seen;
   for (int i = 0; i < 4; ++i) seen.push_back(outcome([&] { ns->GetClass("KRXSG_Vpd", {}); }));
   EXPECT_THAT(seen, ElementsAre("ok", "runtime_error", "1", "ok"));
+}
+
+// An earlier fault that is due throws, whatever each of them names.
+TEST(CimNamespaceFaults, TheOrderOfTheListDecides) {
+  const Fault each = {CimOperation::kSetProperty, "", "", std::nullopt, false};
+  const Fault ofClass = {CimOperation::kSetProperty, "KRXSG_USBDevice", "", 1, true};
+  const Fault ofProperty = {CimOperation::kSetProperty, "", "DeviceID", 1, true};
+  const Fault ofBoth = {CimOperation::kSetProperty, "KRXSG_USBDevice", "DeviceID", 1, true};
+  for (const Fault& narrow : {ofClass, ofProperty, ofBoth}) {
+    EXPECT_EQ("runtime_error", outcomes({narrow, each})[3]);
+    EXPECT_EQ("1", outcomes({narrow, each})[9]);
+    EXPECT_EQ("1", outcomes({each, narrow})[3]);
+  }
+}
+
+// Each fault held to each call would be ten thousand million comparisons.
+TEST(CimNamespaceFaults, ManyAreNotEachHeldToEachCall) {
+  constexpr unsigned kCalls = 100'000;
+  std::vector<Fault> faults;
+  for (unsigned nth = 1; nth <= kCalls; ++nth) {
+    faults.push_back(fault(CimOperation::kGetClass, 2 * nth));
+  }
+  const auto ns = makeNamespace({}, faults);
+  unsigned failed = 0;
+  for (unsigned i = 0; i < kCalls; ++i) {
+    if (outcome([&] { ns->GetClass("KRXSG_Vpd", {}); }) == "1") ++failed;
+  }
+  EXPECT_EQ(kCalls / 2, failed);
 }
 
 TEST(CimNamespaceFaults, TheHostsOwnCallsMeetNoneAndAreNotCounted) {
