@@ -10,7 +10,18 @@ namespace NKRXVEL20::host {
 
 DmiDumpError::~DmiDumpError() = default;
 
-SmbiosTable parseDmiDump(std::span<const unsigned char> dump) {
+namespace {
+
+// One more than allowed shows that there are too many, without reading them all.
+TableLimits boundedLimits(TableLimits limits, std::optional<std::size_t> most) {
+  if (most && limits.structureCount.value_or(*most + 1) > *most) limits.structureCount = *most + 1;
+  return limits;
+}
+
+}  // namespace
+
+SmbiosTable parseDmiDump(std::span<const unsigned char> dump,
+                         std::optional<std::size_t> mostStructures) {
   const EntryPoint entry = readEntryPoint(dump);
   if (entry.tableAddress > dump.size()) {
     throw DmiDumpError("its table begins behind its end, at " + std::to_string(entry.tableAddress));
@@ -22,7 +33,12 @@ SmbiosTable parseDmiDump(std::span<const unsigned char> dump) {
   }
   const auto length = std::min<std::uint64_t>(entry.tableLength, behind.size());
   SmbiosTable table;
-  table.structures = splitTable(behind.first(static_cast<std::size_t>(length)), entry.limits);
+  table.structures = splitTable(behind.first(static_cast<std::size_t>(length)),
+                                boundedLimits(entry.limits, mostStructures));
+  if (mostStructures && table.structures.size() > *mostStructures) {
+    throw DmiDumpError("its table has more than " + std::to_string(*mostStructures) +
+                       " structures");
+  }
   return table;
 }
 

@@ -50,8 +50,9 @@ class VEL_API DmiDumpError : public std::runtime_error {
 
 // A dump as `dmidecode --dump-bin` writes it: the entry point (32-bit _SM_, legacy _DMI_ or 64-bit
 // _SM3_) at offset 0, the table where the entry point says. Throws DmiDumpError for what is no
-// such dump.
-VEL_API SmbiosTable parseDmiDump(std::span<const unsigned char> dump);
+// such dump, or has more structures than that.
+VEL_API SmbiosTable parseDmiDump(std::span<const unsigned char> dump,
+                                 std::optional<std::size_t> mostStructures = std::nullopt);
 
 // The live machine's tables could not be read; `error` is the errno.
 class VEL_API LiveSmbiosError : public std::runtime_error {

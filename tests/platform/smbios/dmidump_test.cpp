@@ -148,6 +148,18 @@ const struct {
      "its table begins behind its end, at 9223372036854775840"},
 };
 
+TEST(ParseDmiDump, RefusesMoreStructuresThanAllowed) {
+  for (const Dump& dump : {k32, kLegacy, k64}) {
+    EXPECT_EQ(3U, parseDmiDump(dump, 3).structures.size());
+    try {
+      parseDmiDump(dump, 2);
+      ADD_FAILURE() << "accepted";
+    } catch (const DmiDumpError& error) {
+      EXPECT_STREQ("its table has more than 2 structures", error.what());
+    }
+  }
+}
+
 TEST(ParseDmiDump, SaysWhatIsWrong) {
   for (const auto& c : kBad) {
     std::string error = "no error";
