@@ -23,6 +23,8 @@ nlohmann::ordered_json plainValue(const NKRXVEL20::TCIMValue& value) {
   return nullptr;
 }
 
-std::string documentText(const nlohmann::ordered_json& document) { return document.dump(2) + '\n'; }
+std::string documentText(const nlohmann::ordered_json& document) {
+  return escapeUnseen(document.dump(2)) + '\n';
+}
 
 }  // namespace velhost

@@ -12,7 +12,8 @@ namespace velhost {
 // text, an empty value as null.
 nlohmann::ordered_json plainValue(const NKRXVEL20::TCIMValue& value);
 
-// The document's text: indented, one line feed at the end.
+// The document's text: indented, one line feed at the end; characters that a terminal obeys or does
+// not show are escaped.
 std::string documentText(const nlohmann::ordered_json& document);
 
 }  // namespace velhost

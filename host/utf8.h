@@ -17,8 +17,17 @@ bool isUtf8(std::string_view text) noexcept;
 // Each byte that is no part of a UTF-8 sequence becomes one U+FFFD.
 std::string toUtf8(std::string_view text);
 
-// One line for people: control characters and bytes that are no UTF-8 are shown as escapes.
+// One line for people: bytes that are no UTF-8 and characters that a terminal obeys or does not show
+// (controls, direction overrides, zero-width characters) are shown as escapes.
 std::string visible(std::string_view text);
+
+// The same for a JSON text, whose value stays what it is: only characters above U+007E are escaped,
+// as \u202E, since JSON has no others of that kind raw but its own line feeds.
+std::string escapeUnseen(std::string_view text);
+
+// At most `most` characters of a text that is UTF-8: "..." stands for the middle of a longer one, as
+// either end of a complaint says something.
+std::string shortened(std::string_view text, std::size_t most);
 
 // How many characters a text has that is UTF-8.
 std::size_t characterCount(std::string_view text) noexcept;

@@ -42,6 +42,19 @@ TEST(PlainJson, HasAKeyForEachRequestedClassInOrder) {
             plainJson(result));
 }
 
+TEST(PlainJson, WhatATerminalObeysIsEscaped) {
+  QueryResult result;
+  result.requested = {"KRXSG_Vpd"};
+  result.instances = {
+      sampleVpd("\xC2\x9B"
+                "31m\xE2\x80\xAE",
+                "\x7F\xC3\xBC")};
+  EXPECT_EQ(
+      "{\n  \"KRXSG_Vpd\": [\n    {\n      \"Name\": \"\\u009B31m\\u202E\",\n"
+      "      \"PartNumber\": \"\\u007F\xC3\xBC\"\n    }\n  ]\n}\n",
+      plainJson(result));
+}
+
 TEST(PlainJson, AClassNamedTwiceIsOneKeyWithItsInstancesTwice) {
   QueryResult result;
   result.requested = {"KRXSG_Vpd", "KRXSG_Vpd"};

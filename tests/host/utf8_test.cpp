@@ -53,12 +53,45 @@ TEST(Utf8, ControlCharactersAndStrayBytesAreMadeVisible) {
       {"plain", "1.08 [ABC]", "1.08 [ABC]"},
       {"line feed, return, tab", "a\nb\rc\td", "a\\nb\\rc\\td"},
       {"zero, escape, delete", "\0\x1B\x7F"s, "\\x00\\x1b\\x7f"},
-      {"C1 control U+0085", "\xC2\x85", "\\xc2\\x85"},
+      {"C1 controls U+0080 and U+009F", "\xC2\x80\xC2\x9F", "\\u0080\\u009F"},
+      {"soft hyphen", "\xC2\xAD", "\\u00AD"},
+      {"Arabic letter mark", "\xD8\x9C", "\\u061C"},
+      {"zero-width space, right-to-left mark", "\xE2\x80\x8B\xE2\x80\x8F", "\\u200B\\u200F"},
+      {"hair space and hyphen around them stay", "\xE2\x80\x8A\xE2\x80\x90",
+       "\xE2\x80\x8A\xE2\x80\x90"},
+      {"line separator, right-to-left override", "\xE2\x80\xA8\xE2\x80\xAE", "\\u2028\\u202E"},
+      {"narrow no-break space behind them stays", "\xE2\x80\xAF", "\xE2\x80\xAF"},
+      {"direction isolates U+2066 and U+2069", "\xE2\x81\xA6\xE2\x81\xA9", "\\u2066\\u2069"},
+      {"byte order mark", "\xEF\xBB\xBF", "\\uFEFF"},
+      {"tag letter U+E0041 in UTF-16", "\xF3\xA0\x81\x81", "\\uDB40\\uDC41"},
+      {"U+1F600 stays", "\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80"},
       {"no-break space stays", "\xC2\xA0", "\xC2\xA0"},
       {"a stray byte", "\xFF.", "\\xff."},
       {"umlaut stays", "\xC3\xBC", "\xC3\xBC"},
   };
   for (const auto& c : cases) EXPECT_EQ(c.shown, visible(c.text)) << c.what;
+}
+
+TEST(Utf8, InJsonOnlyWhatJsonLeavesRawIsEscaped) {
+  EXPECT_EQ("{\n \"a\\n\": \"\xC3\xBC\"}", escapeUnseen("{\n \"a\\n\": \"\xC3\xBC\"}"));
+  EXPECT_EQ("\"\\u007F\\u0080\\u202E\"", escapeUnseen("\"\x7F\xC2\x80\xE2\x80\xAE\""));
+}
+
+TEST(Utf8, ALongTextLosesItsMiddle) {
+  const struct {
+    const char* what;
+    std::string text;
+    std::size_t most;
+    std::string shown;
+  } cases[] = {
+      {"short", "abcdefghij", 10, "abcdefghij"},
+      {"one too many", "abcdefghijk", 10, "abcd...ijk"},
+      {"an odd number", "abcdefghijk", 9, "abc...ijk"},
+      {"characters are kept whole", "\xC3\xBC\xC3\xBC\xC3\xBC\xC3\xBC\xC3\xBC\xC3\xBC", 5,
+       "\xC3\xBC...\xC3\xBC"},
+      {"empty", "", 5, ""},
+  };
+  for (const auto& c : cases) EXPECT_EQ(c.shown, shortened(c.text, c.most)) << c.what;
 }
 
 TEST(Utf8, CharactersAreCountedNotBytes) {
