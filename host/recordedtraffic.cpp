@@ -2,7 +2,9 @@
 #include "host/recordedtraffic.h"
 
 #include <algorithm>
+#include <map>
 #include <optional>
+#include <tuple>
 #include <utility>
 
 namespace velhost {
@@ -21,9 +23,21 @@ struct Conversation {
   std::vector<SimulatedReply> replies;
 };
 
-bool sameCommand(const TrafficEntry& a, const TrafficEntry& b) {
-  return a.kind == b.kind && a.sp == b.sp && a.command == b.command;
-}
+// A collection may send a hundred thousand commands, so nothing here looks through all of them for
+// each of them.
+struct ByCommand {
+  static auto key(const TrafficEntry& entry) {
+    return std::tie(entry.kind, entry.sp, entry.command);
+  }
+  bool operator()(const TrafficEntry* a, const TrafficEntry* b) const { return key(*a) < key(*b); }
+};
+
+struct ByRequest {
+  static auto key(const TrafficEntry& entry) {
+    return std::tuple_cat(ByCommand::key(entry), std::tie(entry.data));
+  }
+  bool operator()(const TrafficEntry* a, const TrafficEntry* b) const { return key(*a) < key(*b); }
+};
 
 bool sameReply(const SimulatedReply& a, const SimulatedReply& b) {
   return a.fails == b.fails && a.bytes == b.bytes && a.length == b.length;
@@ -44,12 +58,11 @@ SimulatedReply replyOf(const TrafficEntry& entry) {
 
 std::vector<Conversation> conversationsOf(const std::vector<TrafficEntry>& traffic) {
   std::vector<Conversation> conversations;
+  std::map<const TrafficEntry*, std::size_t, ByRequest> places;
   for (const TrafficEntry& entry : traffic) {
-    auto known = std::ranges::find_if(conversations, [&](const Conversation& c) {
-      return sameCommand(*c.request, entry) && c.request->data == entry.data;
-    });
-    if (known == conversations.end()) known = conversations.insert(known, {&entry, {}});
-    known->replies.push_back(replyOf(entry));
+    const auto [known, isNew] = places.try_emplace(&entry, conversations.size());
+    if (isNew) conversations.push_back({&entry, {}});
+    conversations[known->second].replies.push_back(replyOf(entry));
   }
   return conversations;
 }
@@ -72,25 +85,29 @@ bool answeredAlike(const Conversation& a, const Conversation& b) {
   return a.replies.size() == 1 && b.replies.size() == 1 && sameReply(a.replies[0], b.replies[0]);
 }
 
-// The conversations of one command become one where its data makes no difference.
-std::optional<Bytes> dataOf(const Conversation& conversation,
-                            const std::vector<Conversation>& all) {
-  const bool matters = std::ranges::any_of(all, [&](const Conversation& other) {
-    return &other != &conversation && sameCommand(*other.request, *conversation.request) &&
-           !answeredAlike(other, conversation);
-  });
-  if (!matters) return std::nullopt;
-  return conversation.request->data;
+// The conversations of one command.
+struct CommandTalk {
+  const Conversation* first;
+  bool dataMatters = false;  // otherwise all are answered alike and become one
+};
+
+using CommandTalks = std::map<const TrafficEntry*, CommandTalk, ByCommand>;
+
+CommandTalks talksOf(const std::vector<Conversation>& conversations) {
+  CommandTalks talks;
+  for (const Conversation& conversation : conversations) {
+    const auto [talk, isNew] = talks.try_emplace(conversation.request, CommandTalk{&conversation});
+    if (!isNew && !answeredAlike(conversation, *talk->second.first)) {
+      talk->second.dataMatters = true;
+    }
+  }
+  return talks;
 }
 
-bool isFirstOfItsCommand(const Conversation& conversation, const std::vector<Conversation>& all) {
-  return &conversation == &*std::ranges::find_if(all, [&](const Conversation& other) {
-    return sameCommand(*other.request, *conversation.request);
-  });
-}
-
-void addEntry(const Conversation& conversation, std::optional<Bytes> data, SimulatedSP& sp) {
+void addEntry(const Conversation& conversation, bool withData, SimulatedSP& sp) {
   const TrafficEntry& request = *conversation.request;
+  std::optional<Bytes> data;
+  if (withData) data = request.data;
   switch (request.kind) {
     case TrafficEntry::Kind::kDotCommand:
       sp.dotCommands.push_back(
@@ -110,10 +127,11 @@ void addEntry(const Conversation& conversation, std::optional<Bytes> data, Simul
 void addCommands(const std::vector<TrafficEntry>& traffic, SimulatedSP& sp) {
   std::vector<Conversation> conversations = conversationsOf(traffic);
   for (Conversation& conversation : conversations) settle(conversation.replies);
+  const CommandTalks talks = talksOf(conversations);
   for (const Conversation& conversation : conversations) {
-    auto data = dataOf(conversation, conversations);
-    if (data || isFirstOfItsCommand(conversation, conversations)) {
-      addEntry(conversation, std::move(data), sp);
+    const CommandTalk& talk = talks.at(conversation.request);
+    if (talk.dataMatters || talk.first == &conversation) {
+      addEntry(conversation, talk.dataMatters, sp);
     }
   }
   // An IPMI entry answers every request that begins with its own: the longer ones come first.

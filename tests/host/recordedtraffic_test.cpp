@@ -148,5 +148,18 @@ TEST(RecordedTraffic, BecomesEntriesThatAnswerAlike) {
   }
 }
 
+// Each command compared with each other would be ten thousand million comparisons.
+TEST(RecordedTraffic, ManyCommandsAreNotEachComparedWithAll) {
+  constexpr int kCommands = 50'000;
+  Traffic traffic;
+  for (int i = 0; i < kCommands; ++i) traffic.push_back(onSP(i, dot("0403", "81", "AA")));
+  for (int i = 0; i < kCommands; ++i) traffic.push_back(onSP(i, dot("0403", "80", kFails)));
+  SimulatedSP sp;
+  addCommands(traffic, sp);
+  ASSERT_EQ(2U * kCommands, sp.dotCommands.size());
+  EXPECT_EQ(0, sp.dotCommands.front().sp);
+  EXPECT_EQ(Bytes{0x80}, sp.dotCommands.back().data);
+}
+
 }  // namespace
 }  // namespace velhost
