@@ -11,7 +11,7 @@ namespace {
 
 velhost::QueryRun loadOn(const char* machine) {
   return {velhost::machineOfFile(std::filesystem::path(MACHINES_DIR) / machine),
-          {.plugin = PLUGIN_FILE, .keepTrace = false, .onCoreLog = {}}};
+          {.plugin = PLUGIN_FILE, .keepLogs = false, .keepTraffic = false, .onCoreLog = {}}};
 }
 
 // A load each time: what is collected stays in the plug-in object.

@@ -37,7 +37,8 @@ constexpr char kQueryNotes[] =
     "  table  for people\n"
     "  json   one key a class, plain values\n"
     "  trace  everything: typed values, errors, both logs, the traffic with the SPs\n"
-    "With --repeat, table and json show the answer to the last request, trace shows all.\n";
+    "With --repeat, table and json show the answer to the last request, trace shows all and keeps\n"
+    "them in memory until then.\n";
 
 constexpr char kRecordNotes[] =
     "System credentials among the OEM strings of SMBIOS are always left out.\n"

@@ -123,9 +123,10 @@ int run(const QueryCommand& command) {
   const auto plugin = pluginOf(command);
 
   const int level = command.logLevel;
-  QueryRun queryRun(std::move(machine),
-                    {plugin, command.format == Format::kTrace,
-                     [level](const LogEntry& entry) { showLogEntry(entry, level); }});
+  const bool isTrace = command.format == Format::kTrace;
+  QueryRun queryRun(std::move(machine), {plugin, isTrace, isTrace, [level](const LogEntry& entry) {
+                                           showLogEntry(entry, level);
+                                         }});
   for (const std::string& line : unreadable) complain(line);
   Answer answer(command.format, queryRun.context());
   const bool answered = makeRequests(command, classes, queryRun, answer);

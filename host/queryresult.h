@@ -32,7 +32,7 @@ struct QueryResult {
   std::vector<std::string> requested;
   std::vector<NKRXVEL20::host::PublishedInstance> instances;
   std::optional<RequestError> error;
-  std::vector<NKRXVEL20::host::LogEntry> coreLog;  // kept for a trace only, as the two below
+  std::vector<NKRXVEL20::host::LogEntry> coreLog;  // kept where it is asked for, as the two below
   std::vector<NKRXVEL20::host::LogEntry> failureLog;
   std::vector<NKRXVEL20::host::TrafficEntry> traffic;
 };

@@ -73,12 +73,13 @@ void QueryRun::installPlatform(Machine machine) {
   }
   host::setMachineType(std::move(machine.machineType));
   host::setSmbiosTable(std::move(machine.smbios));
-  host::setSPLibrary(std::move(machine.sp));
+  host::setSPLibrary(std::move(machine.sp),
+                     options_.keepTraffic ? host::Traffic::kKept : host::Traffic::kForgotten);
   host::setCoreLogSink([this](const host::LogEntry& entry) {
-    if (options_.keepTrace) coreLog_.push_back(entry);
+    if (options_.keepLogs) coreLog_.push_back(entry);
     if (options_.onCoreLog) options_.onCoreLog(entry);
   });
-  if (!options_.keepTrace) return;
+  if (!options_.keepLogs) return;
   host::setFailureLogSink([this](const host::LogEntry& entry) { failureLog_.push_back(entry); });
 }
 

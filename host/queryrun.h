@@ -23,7 +23,8 @@ std::vector<std::string> defaultClasses();
 
 struct RunOptions {
   std::filesystem::path plugin;
-  bool keepTrace = false;              // logs and traffic go into the results
+  bool keepLogs = false;               // they go into the results
+  bool keepTraffic = false;            // as well
   NKRXVEL20::host::LogSink onCoreLog;  // gets every core-log entry as it comes
 };
 

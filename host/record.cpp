@@ -84,7 +84,7 @@ Recording record(Machine machine, const RecordOptions& options) {
   Recording recording;
   recording.machine = describe(machine);
   leaveOutCredentials(recording.machine);
-  QueryRun queryRun(std::move(machine), {options.plugin, false, {}});
+  QueryRun queryRun(std::move(machine), {options.plugin, false, true, {}});
   const QueryResult result = queryRun.request(defaultClasses(), true);
   recording.error = result.error;
   recording.machine.sp = describeSP(result);

@@ -2,6 +2,10 @@
 //
 // An SP and a BMC that answer from a description.
 #include <algorithm>
+#include <limits>
+#include <map>
+#include <optional>
+#include <span>
 #include <thread>
 #include <utility>
 
@@ -19,32 +23,72 @@ constexpr std::size_t kCommandListSize = 4096;
 constexpr int kComponentKeySize = 4;
 constexpr int kNotListed = -1;
 
-// The entries of one kind of command, each with the place of its next reply.
-template <typename Entry>
+// The replies of an entry, and which one is next.
+struct Turn {
+  std::vector<SimulatedReply> replies;
+  std::size_t next = 0;
+
+  // Null: that send fails.
+  const SimulatedReply* take() {
+    if (replies.empty()) return nullptr;
+    const SimulatedReply& reply = replies[next];
+    if (next + 1 < replies.size()) ++next;
+    return reply.fails ? nullptr : &reply;
+  }
+};
+
+// The entries of a kind of command whose requests are compared whole, but for the data of those that
+// take any. They are looked up, as there may be as many entries as commands that are sent.
+template <typename Command>
 class Script {
  public:
-  explicit Script(std::vector<Entry> entries)
-      : entries_(std::move(entries)), turns_(entries_.size(), 0) {}
+  void add(const Command& command, const std::optional<Bytes>& data,
+           std::vector<SimulatedReply> replies) {
+    first_.try_emplace({command, data}, turns_.size());  // a later one would never answer
+    turns_.push_back({std::move(replies)});
+  }
 
   // The next reply of the first entry that matches; null: none matches, or that send fails.
-  template <typename Matches>
-  const SimulatedReply* answer(Matches matches) {
-    const auto entry = std::find_if(entries_.begin(), entries_.end(), matches);
-    if (entry == entries_.end() || entry->replies.empty()) return nullptr;
-    std::size_t& turn = turns_[static_cast<std::size_t>(entry - entries_.begin())];
-    const SimulatedReply& reply = entry->replies[turn];
-    if (turn + 1 < entry->replies.size()) ++turn;
-    return reply.fails ? nullptr : &reply;
+  const SimulatedReply* answer(const Command& command, const Bytes& data) {
+    const std::size_t entry = std::min(placeOf({command, data}), placeOf({command, std::nullopt}));
+    return entry == kNone ? nullptr : turns_[entry].take();
   }
 
  private:
-  std::vector<Entry> entries_;
-  std::vector<std::size_t> turns_;
+  using Request = std::pair<Command, std::optional<Bytes>>;
+  static constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
+
+  std::size_t placeOf(const Request& request) const {
+    const auto found = first_.find(request);
+    return found == first_.end() ? kNone : found->second;
+  }
+
+  std::map<Request, std::size_t> first_;  // place of the first entry for it
+  std::vector<Turn> turns_;
 };
 
-bool dataMatches(const std::optional<Bytes>& expected, const Bytes& data) {
-  return !expected || *expected == data;
-}
+using DotCommand = std::pair<int, Bytes>;  // of that SP
+
+// IPMI entries match by what a request begins with, and few IPMI commands are sent.
+class IpmiScript {
+ public:
+  explicit IpmiScript(std::vector<IpmiCommandEntry> entries) {
+    for (IpmiCommandEntry& entry : entries) {
+      entries_.emplace_back(std::move(entry.request), Turn{std::move(entry.replies)});
+    }
+  }
+
+  const SimulatedReply* answer(std::span<const unsigned char> request) {
+    const auto entry = std::ranges::find_if(entries_, [&](const auto& e) {
+      return e.first.size() <= request.size() &&
+             std::equal(e.first.begin(), e.first.end(), request.begin());
+    });
+    return entry == entries_.end() ? nullptr : entry->second.take();
+  }
+
+ private:
+  std::vector<std::pair<Bytes, Turn>> entries_;
+};
 
 // Copies what fits, and returns how much that was.
 std::size_t write(const Bytes& bytes, std::span<unsigned char> buffer) {
@@ -60,10 +104,16 @@ int reportedLength(const SimulatedReply& reply, std::size_t trueLength) {
 class SimulatedSPLibrary : public SPLibrary {
  public:
   explicit SimulatedSPLibrary(SimulatedSP description)
-      : description_(std::move(description)),
-        dotCommands_(std::move(description_.dotCommands)),
-        tamberCommands_(std::move(description_.tamberCommands)),
-        ipmiCommands_(std::move(description_.ipmiCommands)) {}
+      : description_(std::move(description)), ipmiCommands_(std::move(description_.ipmiCommands)) {
+    for (DotCommandEntry& entry : description_.dotCommands) {
+      dotCommands_.add({entry.sp, entry.command}, entry.data, std::move(entry.replies));
+    }
+    for (TamberCommandEntry& entry : description_.tamberCommands) {
+      tamberCommands_.add(entry.command, entry.data, std::move(entry.replies));
+    }
+    description_.dotCommands.clear();
+    description_.tamberCommands.clear();
+  }
 
   int discoverSPs() override { return description_.count; }
   bool checkSPComm() override { return speaks(); }
@@ -93,9 +143,9 @@ class SimulatedSPLibrary : public SPLibrary {
   void takeTime() const { std::this_thread::sleep_for(description_.latency); }
 
   SimulatedSP description_;
-  Script<DotCommandEntry> dotCommands_;
-  Script<TamberCommandEntry> tamberCommands_;
-  Script<IpmiCommandEntry> ipmiCommands_;
+  Script<DotCommand> dotCommands_;
+  Script<Bytes> tamberCommands_;
+  IpmiScript ipmiCommands_;
 };
 
 // The component counts come from the description, so the lists are left without an entry.
@@ -118,10 +168,7 @@ bool SimulatedSPLibrary::sendDotCommand(dotCmd* command, unsigned char* reply, i
                                         int spIndex, int bufferSize) {
   takeTime();
   if (!speaks()) return false;
-  const SimulatedReply* answer = dotCommands_.answer([&](const DotCommandEntry& entry) {
-    return entry.sp == spIndex && entry.command == command->command &&
-           dataMatches(entry.data, command->data);
-  });
+  const SimulatedReply* answer = dotCommands_.answer({spIndex, command->command}, command->data);
   if (answer == nullptr) return false;
   const auto room = static_cast<std::size_t>(std::max(bufferSize, 0));
   *replyLength = reportedLength(*answer, write(answer->bytes, {reply, room}));
@@ -132,9 +179,7 @@ bool SimulatedSPLibrary::sendTamberCommand(TamberCmd* command, int* replyLength,
                                            unsigned char* reply) {
   takeTime();
   if (!speaks()) return false;
-  const SimulatedReply* answer = tamberCommands_.answer([&](const TamberCommandEntry& entry) {
-    return entry.command == command->command && dataMatches(entry.data, command->data);
-  });
+  const SimulatedReply* answer = tamberCommands_.answer(command->command, command->data);
   if (answer == nullptr) return false;
   const std::size_t written = write(answer->bytes, {reply, kTamberReplySize});
   *replyLength =
@@ -147,10 +192,7 @@ bool SimulatedSPLibrary::sendIPMICommand(unsigned char* bytes, int* length, int 
   takeTime();
   const std::span<unsigned char> buffer = ipmiBuffer(bytes, capacity);
   const std::span<const unsigned char> request = ipmiRequest(buffer);
-  const SimulatedReply* answer = ipmiCommands_.answer([&](const IpmiCommandEntry& entry) {
-    return entry.request.size() <= request.size() &&
-           std::equal(entry.request.begin(), entry.request.end(), request.begin());
-  });
+  const SimulatedReply* answer = ipmiCommands_.answer(request);
   *length = 0;
   if (answer == nullptr) return false;
   const std::size_t written = write(answer->bytes, buffer);

@@ -47,8 +47,8 @@ SPLibrary* SPLibrary::GetSplibraryInstance(int /*reserved*/) { return current().
 
 namespace host {
 
-void setSPLibrary(std::unique_ptr<SPLibrary> library) {
-  current() = library ? std::make_unique<TrafficRecorder>(std::move(library)) : nullptr;
+void setSPLibrary(std::unique_ptr<SPLibrary> library, Traffic traffic) {
+  current() = library ? std::make_unique<TrafficRecorder>(std::move(library), traffic) : nullptr;
 }
 
 std::vector<TrafficEntry> takeTraffic() {

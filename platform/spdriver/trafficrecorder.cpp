@@ -50,6 +50,23 @@ int TrafficRecorder::getComponentdotCmdList(unsigned char* command, int commandL
 
 bool TrafficRecorder::sendDotCommand(dotCmd* command, unsigned char* reply, int* replyLength,
                                      int spIndex, int bufferSize) {
+  return keepsTraffic_ ? recordDotCommand(command, reply, replyLength, spIndex, bufferSize)
+                       : library_->sendDotCommand(command, reply, replyLength, spIndex, bufferSize);
+}
+
+bool TrafficRecorder::sendTamberCommand(TamberCmd* command, int* replyLength,
+                                        unsigned char* reply) {
+  return keepsTraffic_ ? recordTamberCommand(command, replyLength, reply)
+                       : library_->sendTamberCommand(command, replyLength, reply);
+}
+
+bool TrafficRecorder::sendIPMICommand(unsigned char* bytes, int* length, int capacity, bool wait) {
+  return keepsTraffic_ ? recordIPMICommand(bytes, length, capacity, wait)
+                       : library_->sendIPMICommand(bytes, length, capacity, wait);
+}
+
+bool TrafficRecorder::recordDotCommand(dotCmd* command, unsigned char* reply, int* replyLength,
+                                       int spIndex, int bufferSize) {
   TrafficEntry entry;
   entry.kind = TrafficEntry::Kind::kDotCommand;
   entry.sp = spIndex;
@@ -68,8 +85,8 @@ bool TrafficRecorder::sendDotCommand(dotCmd* command, unsigned char* reply, int*
   return entry.answered;
 }
 
-bool TrafficRecorder::sendTamberCommand(TamberCmd* command, int* replyLength,
-                                        unsigned char* reply) {
+bool TrafficRecorder::recordTamberCommand(TamberCmd* command, int* replyLength,
+                                          unsigned char* reply) {
   TrafficEntry entry;
   entry.kind = TrafficEntry::Kind::kTamberCommand;
   entry.command = command->command;
@@ -87,7 +104,8 @@ bool TrafficRecorder::sendTamberCommand(TamberCmd* command, int* replyLength,
   return entry.answered;
 }
 
-bool TrafficRecorder::sendIPMICommand(unsigned char* bytes, int* length, int capacity, bool wait) {
+bool TrafficRecorder::recordIPMICommand(unsigned char* bytes, int* length, int capacity,
+                                        bool wait) {
   TrafficEntry entry;
   entry.kind = TrafficEntry::Kind::kIpmiCommand;
   const std::span<const unsigned char> buffer = ipmiBuffer(bytes, capacity);

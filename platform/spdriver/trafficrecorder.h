@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// An SPLibrary that passes everything on to another one and keeps what was said.
+// An SPLibrary that passes everything on to another one and keeps what was said, where that is
+// asked for. Which components were asked for is always kept: they are few.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +16,8 @@ namespace NKRXVEL20::host {
 
 class TrafficRecorder : public SPLibrary {
  public:
-  explicit TrafficRecorder(std::unique_ptr<SPLibrary> library) : library_(std::move(library)) {}
+  explicit TrafficRecorder(std::unique_ptr<SPLibrary> library, Traffic traffic = Traffic::kKept)
+      : library_(std::move(library)), keepsTraffic_(traffic == Traffic::kKept) {}
 
   std::vector<TrafficEntry> takeTraffic() { return std::exchange(traffic_, {}); }
   const std::map<Bytes, std::int32_t>& componentsAsked() const { return componentsAsked_; }
@@ -46,7 +48,13 @@ class TrafficRecorder : public SPLibrary {
   bool sendIPMICommand(unsigned char* bytes, int* length, int capacity, bool wait) override;
 
  private:
+  bool recordDotCommand(dotCmd* command, unsigned char* reply, int* replyLength, int spIndex,
+                        int bufferSize);
+  bool recordTamberCommand(TamberCmd* command, int* replyLength, unsigned char* reply);
+  bool recordIPMICommand(unsigned char* bytes, int* length, int capacity, bool wait);
+
   std::unique_ptr<SPLibrary> library_;
+  bool keepsTraffic_;
   std::vector<TrafficEntry> traffic_;
   std::map<Bytes, std::int32_t> componentsAsked_;
 };

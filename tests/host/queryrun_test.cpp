@@ -21,7 +21,7 @@ Machine bareMachine() {
   return machine;
 }
 
-RunOptions traced() { return {TEST_PLUGIN, true, {}}; }
+RunOptions traced() { return {TEST_PLUGIN, true, true, {}}; }
 
 Names classNames(const QueryResult& result) {
   Names names;
@@ -74,12 +74,17 @@ TEST(QueryRun, LogsOfInitCountWithTheRequestThatFollows) {
   EXPECT_EQ((std::vector<LogEntry>{{3, "Init"}}), third.coreLog);
 }
 
-TEST(QueryRun, WithoutATraceNoLogIsKept) {
-  RunOptions options = traced();
-  options.keepTrace = false;
-  QueryRun queryRun(bareMachine(), options);
-  const QueryResult result = queryRun.request({"KRXSG_DeviceDriver"}, true);
-  EXPECT_TRUE(result.coreLog.empty() && result.failureLog.empty());
+TEST(QueryRun, OnlyWhatIsAskedForIsKept) {
+  for (const bool logs : {false, true}) {
+    for (const bool traffic : {false, true}) {
+      QueryRun queryRun(bareMachine(), {TEST_PLUGIN, logs, traffic, {}});
+      const QueryResult logged = queryRun.request({"KRXSG_DeviceDriver"}, true);
+      EXPECT_EQ(logs, !logged.coreLog.empty()) << traffic;
+      EXPECT_EQ(logs, !logged.failureLog.empty()) << traffic;
+      const QueryResult sent = queryRun.request({"KRXSG_DiagnosticVPD"}, false);
+      EXPECT_EQ(traffic, !sent.traffic.empty()) << logs;
+    }
+  }
 }
 
 TEST(QueryRun, AnExceptionEndsTheRequestAndNotTheRun) {
@@ -199,7 +204,8 @@ TEST(QueryRun, APluginMayBeLoadedAgain) {
 
 TEST(QueryRun, WhatIsNoPluginIsNotLoaded) {
   for (const char* const file : {"/nowhere/none.pi.so", "/etc/hostname"}) {
-    EXPECT_THROW(QueryRun(bareMachine(), {file, false, {}}), NKRXVEL20::host::PluginLoadError);
+    EXPECT_THROW(QueryRun(bareMachine(), {file, false, false, {}}),
+                 NKRXVEL20::host::PluginLoadError);
   }
 }
 

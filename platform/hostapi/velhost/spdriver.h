@@ -94,11 +94,13 @@ struct TrafficEntry {
   Bytes reply;              // as the caller's buffer got it; empty when not answered
 };
 
-// What SPLibrary::GetSplibraryInstance hands out, wrapped so that its traffic is kept; null: the
-// driver cannot be loaded. Forgets earlier traffic.
-VEL_API void setSPLibrary(std::unique_ptr<SPLibrary> library);
+enum class Traffic { kKept, kForgotten };
 
-// The commands sent since the last call, in order.
+// What SPLibrary::GetSplibraryInstance hands out, wrapped so that its traffic can be kept, which
+// takes memory with each command; null: the driver cannot be loaded. Forgets earlier traffic.
+VEL_API void setSPLibrary(std::unique_ptr<SPLibrary> library, Traffic traffic = Traffic::kKept);
+
+// The commands sent since the last call, in order; none where traffic is not kept.
 VEL_API std::vector<TrafficEntry> takeTraffic();
 
 // The component counts that were asked for since setSPLibrary, by the first four command bytes.

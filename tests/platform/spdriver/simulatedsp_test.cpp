@@ -77,6 +77,44 @@ SimulatedSP ipmiMachine(std::vector<IpmiCommandEntry> commands) {
   return machine;
 }
 
+// Each entry tried for each command would be ten thousand million comparisons.
+TEST(SimulatedSP, ManyEntriesAreNotEachTriedForEachCommand) {
+  constexpr int kCommands = 100'000;
+  SimulatedSP machine = dotMachine({});
+  machine.dotCommands.reserve(kCommands);
+  for (int sp = 0; sp < kCommands; ++sp) {
+    machine.dotCommands.push_back({sp, {4, 3}, std::nullopt, {replyOf({7})}});
+  }
+  const auto library = makeSimulatedSP(machine);
+  int answered = 0;
+  for (int sp = 0; sp < kCommands; ++sp) {
+    if (sendDot(*library, {4, 3}, {1}, sp).answered) ++answered;
+  }
+  EXPECT_EQ(kCommands, answered);
+}
+
+TEST(SimulatedSP, TheFirstEntryThatMatchesAnswers) {
+  const Bytes data = {8};
+  const auto entry = [](std::optional<Bytes> itsData, unsigned char reply) {
+    return DotCommandEntry{0, {4}, std::move(itsData), {replyOf({reply})}};
+  };
+  const struct {
+    const char* what;
+    std::vector<DotCommandEntry> entries;
+    unsigned char reply;
+  } cases[] = {
+      {"with its data first", {entry(data, 1), entry(std::nullopt, 2)}, 1},
+      {"with any data first", {entry(std::nullopt, 1), entry(data, 2)}, 1},
+      {"other data first", {entry(Bytes{9}, 1), entry(data, 2)}, 2},
+      {"the same twice", {entry(data, 1), entry(data, 2)}, 1},
+      {"any data twice", {entry(std::nullopt, 1), entry(std::nullopt, 2)}, 1},
+  };
+  for (const auto& c : cases) {
+    const auto library = makeSimulatedSP(dotMachine(c.entries));
+    EXPECT_EQ(c.reply, sendDot(*library, {4}, data).buffer.front()) << c.what;
+  }
+}
+
 // Each fact by itself, so that no two can be confused.
 TEST(SimulatedSP, Facts) {
   struct Facts {

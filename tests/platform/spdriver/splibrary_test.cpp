@@ -101,6 +101,27 @@ TEST_F(Instance, TrafficIsTakenOnce) {
   EXPECT_EQ(host::takeTraffic().size(), 1U);
 }
 
+TEST_F(Instance, TrafficThatIsForgottenIsAnsweredAllTheSame) {
+  host::SimulatedSP description;
+  description.kind = host::SPKind::kDotCommand;
+  const host::SimulatedReply reply = {false, {7}, std::nullopt};
+  description.dotCommands = {{0, {}, std::nullopt, {reply}}};
+  description.tamberCommands = {{{1, 2, 3, 4}, std::nullopt, {reply}}};
+  description.ipmiCommands = {{{}, {reply}}};
+  host::setSPLibrary(host::makeSimulatedSP(description), host::Traffic::kForgotten);
+  SPLibrary& library = *SPLibrary::GetSplibraryInstance(0);
+  dotCmd dot(2, 0, 0, nullptr, nullptr);
+  TamberCmd tamber(1, 2, 3, 4, nullptr, 0, false, false);
+  Bytes buffer(255);
+  int length = 0;
+  EXPECT_TRUE(library.sendDotCommand(&dot, buffer.data(), &length, 0, 255));
+  EXPECT_TRUE(library.sendTamberCommand(&tamber, &length, buffer.data()));
+  EXPECT_TRUE(library.sendIPMICommand(buffer.data(), &length, 255, true));
+  askComponent();
+  EXPECT_TRUE(host::takeTraffic().empty());
+  EXPECT_EQ(host::componentsAsked().size(), 1U);
+}
+
 TEST_F(Instance, SettingForgetsEarlierTraffic) {
   set(1);
   sendNothing();
