@@ -7,9 +7,6 @@
 namespace velhost {
 namespace {
 
-// Far above any reply or structure; keeps a slip of the pen from filling the memory.
-constexpr std::uint32_t kLargestPiece = 1U << 20U;
-
 struct Piece {
   std::optional<std::string> text;
   std::optional<std::uint32_t> size;
@@ -31,12 +28,25 @@ Bytes paddedText(const Cursor& at, const Piece& piece) {
     at.failAt("text", "has " + std::to_string(bytes.size()) + " bytes, more than its size of " +
                           std::to_string(size));
   }
+  at.spendBytes(size);
   bytes.resize(size, 0);
   return bytes;
 }
 
+Bytes zeroBytes(const Cursor& at, std::uint32_t count) {
+  at.spendBytes(count);
+  Bytes zeros(count, 0);
+  return zeros;
+}
+
+Bytes hexBytes(const Cursor& at) {
+  Bytes bytes = readHex(at, at.text());
+  at.spendBytes(bytes.size());
+  return bytes;
+}
+
 Bytes readPiece(const Cursor& at) {
-  if (at.isText()) return readHex(at, at.text());
+  if (at.isText()) return hexBytes(at);
   if (!at.isObject()) at.fail("must be hex pairs, a text with its size, or zeros");
   Piece piece;
   readMembers(at, kPieceMembers, piece);
@@ -45,8 +55,7 @@ Bytes readPiece(const Cursor& at) {
   }
   if (piece.text) return paddedText(at, piece);
   if (piece.size) at.failAt("size", "goes with \"text\" only");
-  Bytes zeros(*piece.zeros, 0);
-  return zeros;
+  return zeroBytes(at, *piece.zeros);
 }
 
 }  // namespace
@@ -60,7 +69,7 @@ Bytes readHex(const Cursor& at, std::string_view text) {
 }
 
 Bytes readBytes(const Cursor& at) {
-  if (at.isText()) return readHex(at, at.text());
+  if (at.isText()) return hexBytes(at);
   if (!at.isArray()) at.fail("must be hex pairs or a list of pieces");
   Bytes bytes;
   at.eachElement([&](const Cursor& element) {

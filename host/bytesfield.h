@@ -9,7 +9,7 @@
 namespace velhost {
 
 // A text of hex pairs, or a list of such texts and of {"text": T, "size": N} and {"zeros": N}.
-// Throws DocumentError.
+// Its bytes count against what the document may have in sum. Throws DocumentError.
 Bytes readBytes(const Cursor& at);
 
 // A text of hex pairs. Throws DocumentError, which names the cursor's place.

@@ -26,6 +26,8 @@ namespace {
 using NKRXVEL20::host::ClassSchema;
 using NKRXVEL20::host::LogEntry;
 
+constexpr std::size_t kLongestComplaint = 400;  // room for a path, a place and what is wrong there
+
 const ClassSchema* schemaClass(const std::string& name) {
   const ClassSchema* const found = NKRXVEL20::host::findClass(name);
   if (found == nullptr)
@@ -68,9 +70,15 @@ void print(const std::unique_ptr<OutputFile>& file, std::string_view text) {
   }
 }
 
+void writeErrorLine(const std::string& text) {
+  const std::string line = "velhost: " + text + '\n';
+  static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
+}
+
+// Whole, however long: it was asked for.
 void showLogEntry(const LogEntry& entry, int level) {
   if (entry.severity > level) return;
-  complain("log[" + std::to_string(entry.severity) + "]: " + entry.text);
+  writeErrorLine("log[" + std::to_string(entry.severity) + "]: " + visible(entry.text));
 }
 
 void complainOf(const RequestError& error) {
@@ -175,8 +183,7 @@ int run(const PrintCommand& command) {
 }
 
 void complain(std::string_view what) {
-  const std::string line = "velhost: " + visible(what) + '\n';
-  static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
+  writeErrorLine(shortened(visible(what), kLongestComplaint));
 }
 
 }  // namespace velhost

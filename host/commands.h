@@ -23,7 +23,7 @@ int run(const RecordCommand& command);
 int run(const CheckCommand& command);
 int run(const PrintCommand& command);
 
-// One line on standard error, with the program's name.
+// One line of bounded length on standard error, with the program's name.
 void complain(std::string_view what);
 
 }  // namespace velhost

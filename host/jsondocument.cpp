@@ -2,15 +2,21 @@
 #include "host/jsondocument.h"
 
 #include <algorithm>
-#include <optional>
+#include <set>
 #include <vector>
+
+#include "host/utf8.h"
 
 namespace velhost {
 namespace {
 
+constexpr std::size_t kLongestKey = 60;     // that a complaint shows
+constexpr std::size_t kLongestWords = 250;  // of the parser's, which quote the document
+
+// Made visible here already: what() ends at a zero byte.
 std::string pointerToken(std::string_view key) {
   std::string token = "/";
-  for (const char c : key) {
+  for (const char c : visible(shortened(key, kLongestKey))) {
     if (c == '~') {
       token += "~0";
     } else if (c == '/') {
@@ -23,7 +29,7 @@ std::string pointerToken(std::string_view key) {
 }
 
 std::string complaint(const std::string& pointer, const std::string& what) {
-  return " " + (pointer.empty() ? "/" : pointer) + ": " + what;
+  return " " + (pointer.empty() ? "/" : pointer) + ": " + visible(what);
 }
 
 // The parser's words without the prefix of its library and its own place.
@@ -61,9 +67,7 @@ class DocumentBuilder : public nlohmann::json_sax<Json> {
   bool key(string_t& name) override {
     Frame& frame = open_.back();
     frame.key = std::move(name);
-    if (frame.value->contains(frame.key)) {
-      throw DocumentError(complaint(pointer(), "this key is given twice"));
-    }
+    if (!frame.keys.insert(frame.key).second) fail("this key is given twice");
     return true;
   }
 
@@ -73,14 +77,20 @@ class DocumentBuilder : public nlohmann::json_sax<Json> {
     const auto line = std::count(before.begin(), before.end(), '\n') + 1;
     const auto column = before.size() - (before.rfind('\n') + 1) + 1;
     throw DocumentError(std::to_string(line) + ":" + std::to_string(column) + ": " +
-                        parserWords(error));
+                        shortened(parserWords(error), kLongestWords));
   }
 
  private:
   struct Frame {
     Json* value;      // stays where it is while it is open: its parent gets no more members
     std::string key;  // of the member that is being read
+    std::set<std::string>
+        keys{};  // of all members so far: looking through them would take too long
   };
+
+  [[noreturn]] void fail(const std::string& what) const {
+    throw DocumentError(complaint(pointer(), what));
+  }
 
   template <class Value>
   bool add(Value&& value) {
@@ -89,7 +99,11 @@ class DocumentBuilder : public nlohmann::json_sax<Json> {
   }
 
   bool open(Json container) {
-    open_.push_back({place(std::move(container)), {}});
+    Json* const placed = place(std::move(container));
+    if (open_.size() == kMostLevels) {
+      fail("lies deeper than " + std::to_string(kMostLevels) + " levels");
+    }
+    open_.push_back({placed, {}});
     return true;
   }
 
@@ -98,14 +112,23 @@ class DocumentBuilder : public nlohmann::json_sax<Json> {
     return true;
   }
 
+  // Counted when it is in its place, which the complaint names.
   Json* place(Json value) {
+    Json* const placed = put(std::move(value));
+    if (++values_ > kMostValues) {
+      fail("the file has more than " + std::to_string(kMostValues) + " values");
+    }
+    return placed;
+  }
+
+  Json* put(Json value) {
     if (open_.empty()) return &(root_ = std::move(value));
     Frame& frame = open_.back();
     if (frame.value->is_array()) {
       frame.value->push_back(std::move(value));
       return &frame.value->back();
     }
-    // push_back of the vector behind the object: key() has looked for an equal key already.
+    // The vector behind the object: key() has looked for an equal key already.
     auto& members = frame.value->get_ref<Json::object_t&>();
     return &members.Container::emplace_back(frame.key, std::move(value)).second;
   }
@@ -121,6 +144,7 @@ class DocumentBuilder : public nlohmann::json_sax<Json> {
 
   std::string_view text_;
   Json root_;
+  std::size_t values_ = 0;
   std::vector<Frame> open_;
 };
 
@@ -150,6 +174,15 @@ void Cursor::fail(const std::string& what) const {
 
 void Cursor::failAt(std::string_view key, const std::string& what) const {
   throw DocumentError(complaint(pointer() + pointerToken(key), what));
+}
+
+void Cursor::spendBytes(std::size_t count) const {
+  const Cursor* root = this;
+  while (root->parent_ != nullptr) root = root->parent_;
+  if (count > kMostBytes - root->bytesSpent_) {
+    fail("with it the file has more than " + std::to_string(kMostBytes) + " bytes");
+  }
+  root->bytesSpent_ += count;
 }
 
 const std::string& Cursor::text() const {

@@ -15,6 +15,8 @@
 #include <string_view>
 #include <utility>
 
+#include "host/machinebudget.h"
+
 namespace velhost {
 
 using Json = nlohmann::ordered_json;
@@ -26,7 +28,8 @@ class DocumentError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Comments are allowed, a key that an object has twice is not. Throws DocumentError.
+// Comments are allowed, a key that an object has twice is not, nor is what goes beyond kMostLevels
+// or kMostValues: that is refused where it begins. Throws DocumentError.
 Json parseDocument(std::string_view text);
 
 // A value in a document and the way to it. Each getter throws DocumentError for a value of another
@@ -58,9 +61,13 @@ class Cursor {
   T integer(T lowest = std::numeric_limits<T>::min(),
             T highest = std::numeric_limits<T>::max()) const;
 
-  // Calls read(Cursor) for each element.
+  // Counts bytes that the document asks for; fails when it comes to more than kMostBytes in sum. To
+  // be called before memory is taken for them.
+  void spendBytes(std::size_t count) const;
+
+  // Calls read(Cursor) for each element; fails when there are more than `most`.
   template <class Read>
-  void eachElement(Read read) const;
+  void eachElement(Read read, std::size_t most = kMostValues) const;
 
   // Calls read(key, Cursor) for each member.
   template <class Read>
@@ -73,6 +80,7 @@ class Cursor {
   const Cursor* parent_ = nullptr;
   std::string_view key_;
   std::size_t index_ = 0;
+  mutable std::size_t bytesSpent_ = 0;  // of the document's own cursor: for all that come from it
 };
 
 // A member that an object may have, and how it is read into a T.
@@ -131,7 +139,8 @@ T Cursor::integer(T lowest, T highest) const {
 }
 
 template <class Read>
-void Cursor::eachElement(Read read) const {
+void Cursor::eachElement(Read read, std::size_t most) const {
+  if (array().size() > most) fail("has more than " + std::to_string(most) + " entries");
   std::size_t index = 0;
   for (const Json& element : array()) read(Cursor(element, *this, index++));
 }

@@ -86,8 +86,11 @@ void readInstances(const Cursor& at, DocumentReading& document) {
 }
 
 void readMissingClasses(const Cursor& at, DocumentReading& document) {
-  at.eachElement(
-      [&](const Cursor& item) { document.machine.missingClasses.push_back(readClassName(item)); });
+  std::vector<std::string>& names = document.machine.missingClasses;
+  at.eachElement([&](const Cursor& item) {
+    std::string name = readClassName(item);
+    if (std::ranges::find(names, name) == names.end()) names.push_back(std::move(name));
+  });
 }
 
 constexpr Member<Fault> kFaultMembers[] = {

@@ -89,7 +89,9 @@ std::vector<SmbiosStructure> readDump(const Cursor& at, const std::filesystem::p
   const std::filesystem::path file = folder / at.text();
   try {
     const std::string bytes = readWholeFile(file);
-    return NKRXVEL20::host::parseDmiDump(Bytes(bytes.begin(), bytes.end())).structures;
+    at.spendBytes(bytes.size());
+    return NKRXVEL20::host::parseDmiDump(Bytes(bytes.begin(), bytes.end()), kMostStructures)
+        .structures;
   } catch (const std::system_error& error) {
     at.fail("cannot read " + file.string() + ": " + error.code().message());
   } catch (const NKRXVEL20::host::DmiDumpError& error) {
@@ -108,7 +110,8 @@ constexpr Member<SectionReading> kSectionMembers[] = {
     {"dump", [](const Cursor& at, auto& s) { s.structures = readDump(at, s.folder); }},
     {"structures",
      [](const Cursor& at, auto& s) {
-       at.eachElement([&](const Cursor& item) { s.structures.push_back(readStructure(item)); });
+       at.eachElement([&](const Cursor& item) { s.structures.push_back(readStructure(item)); },
+                      kMostStructures);
      }},
     {"end_status", [](const Cursor& at, auto& s) { s.table.endStatus = readEndStatus(at); }},
 };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/spsection.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -15,10 +16,8 @@ using NKRXVEL20::host::SimulatedReply;
 using NKRXVEL20::host::SimulatedSP;
 using NKRXVEL20::host::SPKind;
 
-constexpr std::int32_t kMostNodes = 255;  // collectors number nodes with one byte
 constexpr std::size_t kComponentKeySize = 4;
 constexpr std::size_t kTamberCommandSize = 4;
-constexpr std::uint32_t kLongestLatency = 60'000'000;  // a minute
 
 // What the entries of the three command lists have in common, and what tells them apart.
 struct CommandReading {
@@ -128,8 +127,8 @@ void readComponents(const Cursor& at, SimulatedSP& sp) {
   at.eachMember([&](const std::string& key, const Cursor& value) {
     Bytes command = readHex(value, key);
     if (command.size() != kComponentKeySize) value.fail("the key must be four bytes");
-    const auto [entry, isNew] =
-        sp.components.emplace(std::move(command), value.integer<std::int32_t>());
+    const auto count = value.integer(std::numeric_limits<std::int32_t>::min(), kMostComponents);
+    const auto [entry, isNew] = sp.components.emplace(std::move(command), count);
     if (!isNew) value.fail("the same component is given above, spaced otherwise");
   });
 }
@@ -164,12 +163,22 @@ constexpr Member<SimulatedSP> kMembers[] = {
     {"ipmi_commands", readIpmiCommands},
 };
 
+// Each SP is asked for as many of each component as its count says.
+void checkComponents(const Cursor& at, const SimulatedSP& sp) {
+  std::int64_t ofOneSp = 0;
+  for (const auto& [command, count] : sp.components) ofOneSp += std::max(count, 0);
+  if (ofOneSp * std::max(sp.count, 0) <= kMostComponentsInSum) return;
+  at.failAt("components", "its counts, for each of the " + std::to_string(sp.count) +
+                              " SPs, come to more than " + std::to_string(kMostComponentsInSum));
+}
+
 }  // namespace
 
 SimulatedSP readSpSection(const Cursor& at) {
   SimulatedSP sp;
   readMembers(at, kMembers, sp);
   if (!at.has("count")) sp.count = sp.kind == SPKind::kNone ? 0 : 1;
+  checkComponents(at, sp);
   return sp;
 }
 

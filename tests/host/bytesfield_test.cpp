@@ -62,5 +62,40 @@ TEST(BytesField, WhatIsWrongIsNamedWithItsPiece) {
   }
 }
 
+std::string complaintAboutBytes(const std::string& json) {
+  const Json document = parseDocument(json);
+  const Cursor root(document);
+  try {
+    root.eachElement([](const Cursor& field) { readBytes(field); });
+  } catch (const DocumentError& error) {
+    return error.what();
+  }
+  return "no complaint";
+}
+
+TEST(BytesField, AllFieldsOfADocumentShareOneBudget) {
+  std::string fields;  // 63 MiB
+  for (int i = 0; i < 63; ++i) fields += R"([{"zeros": 1048576}], )";
+  const std::string most = "[" + fields;
+  const std::string complaint = ": with it the file has more than 67108864 bytes";
+  const struct {
+    const char* what;
+    std::string json;
+    std::string complaint;
+  } cases[] = {
+      {"64 MiB", most + R"([{"zeros": 1048576}]])", "no complaint"},
+      {"one zero more", most + R"([{"zeros": 1048576}, {"zeros": 1}]])", " /63/1" + complaint},
+      {"one byte of a text more", most + R"([{"zeros": 1048576}, {"text": "a"}]])",
+       " /63/1" + complaint},
+      {"a text's padding counts", most + R"([{"zeros": 1}, {"text": "", "size": 1048576}]])",
+       " /63/1" + complaint},
+      {"a hex piece counts", most + R"([{"zeros": 1048576}, "00"]])", " /63/1" + complaint},
+      {"hex pairs count", most + R"([{"zeros": 1048576}], "00"])", " /64" + complaint},
+      {"no bytes count nothing", most + R"([{"zeros": 1048576}, {"zeros": 0}], ""])",
+       "no complaint"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(c.complaint, complaintAboutBytes(c.json)) << c.what;
+}
+
 }  // namespace
 }  // namespace velhost

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/jsondocument.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace velhost {
@@ -55,6 +56,71 @@ TEST(JsonDocument, AKeyGivenTwiceIsNamedByItsPointer) {
       {R"({"a": 1, "b": {"a": 1}})", "no complaint"},
   };
   for (const auto& c : cases) EXPECT_EQ(c.complaint, complaintAbout(c.text)) << c.text;
+}
+
+std::string repeated(std::string_view text, std::size_t count) {
+  std::string all;
+  for (std::size_t i = 0; i < count; ++i) all += text;
+  return all;
+}
+
+TEST(JsonDocument, WhatGoesBeyondTheBudgetIsRefusedWhereItBegins) {
+  const std::string levels = repeated("[", 32);
+  const std::string values = repeated("0,", 249'998) + "0";
+  const struct {
+    const char* what;
+    std::string text;
+    std::string complaint;
+  } cases[] = {
+      {"32 levels", levels + repeated("]", 32), "no complaint"},
+      {"33 levels", levels + "[", " " + repeated("/0", 32) + ": lies deeper than 32 levels"},
+      {"33 levels of objects", repeated(R"({"a":)", 33),
+       " " + repeated("/a", 32) + ": lies deeper than 32 levels"},
+      {"250000 values, the list one of them", "[" + values + "]", "no complaint"},
+      {"250001 values", "[" + values + ",0]", " /249999: the file has more than 250000 values"},
+      {"250001 values, the last a member", R"({"a": [)" + values.substr(2) + R"(], "b": 1})",
+       " /b: the file has more than 250000 values"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(c.complaint, complaintAbout(c.text)) << c.what;
+}
+
+// Each key compared with each other would be thirty thousand million comparisons.
+TEST(JsonDocument, ManyKeysAreNotEachComparedWithAll) {
+  std::string text = "{";
+  for (int i = 0; i < 249'999; ++i) text += "\"key " + std::to_string(i) + "\": 1,";
+  text += "\"key 0\": 1}";
+  EXPECT_EQ(" /key 0: this key is given twice", complaintAbout(text));
+}
+
+TEST(JsonDocument, AComplaintShowsKeysInPartAndNothingUnseen) {
+  const struct {
+    const char* what;
+    std::string key;
+    std::string shown;
+  } cases[] = {
+      {"60 characters", std::string(60, 'k'), std::string(60, 'k')},
+      {"61 characters", std::string(61, 'k'), std::string(29, 'k') + "..." + std::string(28, 'k')},
+      {"five million characters", std::string(5'000'000, 'k'),
+       std::string(29, 'k') + "..." + std::string(28, 'k')},
+      {"a zero byte", "a\\u0000b", "a\\x00b"},
+      {"a direction override",
+       "a\xE2\x80\xAE"
+       "b",
+       "a\\u202Eb"},
+  };
+  for (const auto& c : cases) {
+    const Json document = parseDocument("{\"" + c.key + "\": 1}");
+    const auto readMember = [](const std::string&, const Cursor& value) { value.fail("is wrong"); };
+    EXPECT_THAT([&] { Cursor(document).eachMember(readMember); },
+                testing::ThrowsMessage<DocumentError>(" /" + c.shown + ": is wrong"))
+        << c.what;
+  }
+}
+
+TEST(JsonDocument, TheParsersWordsAreShortened) {
+  const std::string complaint = complaintAbout("\"" + std::string(5'000'000, 'k'));
+  EXPECT_EQ(0U, complaint.find("1:5000002: syntax error while parsing value")) << complaint;
+  EXPECT_GT(300U, complaint.size());
 }
 
 template <class Number>

@@ -138,6 +138,15 @@ TEST(MachineFileRefused, Sp) {
       {R"("components": { "04 03 05 0B": 1, "0403050b": 2 })",
        "/sp/components/0403050b: the same component is given above, spaced otherwise"},
       {R"("components": { "0403050B": true })", "/sp/components/0403050B: must be an integer"},
+      {R"("components": { "04 03 05 0B": 1025 })",
+       "/sp/components/04 03 05 0B: must be from -2147483648 to 1024"},
+      {R"("components": { "04 03 05 0B": 2147483647 })",
+       "/sp/components/04 03 05 0B: must be from -2147483648 to 1024"},
+      {R"("count": 255, "components": { "04 03 05 0B": 255, "04 03 05 0C": 3 })",
+       "/sp/components: its counts, for each of the 255 SPs, come to more than 65536"},
+      {R"("components": { "04 03 05 0B": 258 }, "count": 255)",
+       "/sp/components: its counts, for each of the 255 SPs, come to more than 65536"},
+      {R"("latency_us": 60000001)", "/sp/latency_us: must be from 0 to 60000000"},
       {R"("nodes": 1)", "/sp/nodes: unknown key"},
   };
   expectRefused(cases, std::string(kHead) + R"("sp": { )", "} }");
