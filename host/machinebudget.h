@@ -17,8 +17,8 @@ inline constexpr std::uint32_t kLargestPiece = 1U << 20U;          // of one "ze
 
 inline constexpr std::int32_t kMostNodes = 255;        // collectors number nodes with one byte
 inline constexpr std::int32_t kMostComponents = 1024;  // of one kind
-inline constexpr std::int64_t kMostComponentsInSum = 65'536;  // of all kinds and SPs
-inline constexpr std::size_t kMostStructures = 65'536;        // handles are 16-bit numbers
-inline constexpr std::uint32_t kLongestLatency = 60'000'000;  // a minute
+inline constexpr std::int64_t kMostComponentsInSum = 262'144;  // of all kinds and SPs
+inline constexpr std::size_t kMostStructures = 65'536;         // handles are 16-bit numbers
+inline constexpr std::uint32_t kLongestLatency = 60'000'000;   // a minute
 
 }  // namespace velhost

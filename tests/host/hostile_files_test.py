@@ -80,7 +80,7 @@ HOSTILE = [
      " /sp/components/04 03 05 0B: must be from -2147483648 to 1024"),
     ("components of many SPs", HEAD + '"sp": { "kind": "dot-command", "count": 255, "components": '
      '{ "04 03 05 0B": 1024, "04 03 05 0C": 1024 } } }',
-     " /sp/components: its counts, for each of the 255 SPs, come to more than 65536"),
+     " /sp/components: its counts, for each of the 255 SPs, come to more than 262144"),
     ("SPs", HEAD + '"sp": { "count": 256 } }', " /sp/count: must be from -2147483648 to 255"),
     ("nodes", HEAD + '"sp": { "bmc_nodes": 256 } }', " /sp/bmc_nodes: must be from 0 to 255"),
     ("a walk without an end", HEAD + '"smbios": { "end_status": 0 } }',
