@@ -150,7 +150,7 @@ TEST(QueryRun, WhateverThePluginsEndThrowsIsLogged) {
     machine.machineType = call;
     std::vector<LogEntry> seen;
     QueryRun(std::move(machine),
-             {TEST_PLUGIN, false, [&](const LogEntry& entry) { seen.push_back(entry); }});
+             {TEST_PLUGIN, false, false, [&](const LogEntry& entry) { seen.push_back(entry); }});
     const std::string text = call + " failed: an exception that is no std::exception";
     EXPECT_EQ((std::vector<LogEntry>{{0, text}}), seen);
   }
