@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/commands.h"
 
-#include <cstdio>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,6 +15,7 @@
 #include "host/requesterror.h"
 #include "host/resultdocument.h"
 #include "host/schemaformat.h"
+#include "host/standardstreams.h"
 #include "host/tableformat.h"
 #include "host/utf8.h"
 #include "host/wholefile.h"
@@ -70,10 +70,7 @@ void print(const std::unique_ptr<OutputFile>& file, std::string_view text) {
   }
 }
 
-void writeErrorLine(const std::string& text) {
-  const std::string line = "velhost: " + text + '\n';
-  static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
-}
+void writeErrorLine(const std::string& text) { writeStandardError("velhost: " + text + '\n'); }
 
 // Whole, however long: it was asked for.
 void showLogEntry(const LogEntry& entry, int level) {

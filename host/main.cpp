@@ -4,9 +4,11 @@
 #include "host/commandline.h"
 #include "host/commands.h"
 #include "host/failure.h"
+#include "host/standardstreams.h"
 
 int main(int argc, char* argv[]) {
   try {
+    velhost::occupyStandardStreams();
     return std::visit([](const auto& command) { return velhost::run(command); },
                       velhost::parseCommandLine(argc, argv));
   } catch (...) {

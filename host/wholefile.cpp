@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "host/inputerror.h"
+#include "host/writeall.h"
 
 namespace velhost {
 namespace {
@@ -29,11 +30,6 @@ struct CloseFile {
 using FileHandle = std::unique_ptr<std::FILE, CloseFile>;
 
 [[noreturn]] void failRead(int error) { throw std::system_error(error, std::generic_category()); }
-
-[[noreturn]] void failWrite(const std::filesystem::path& file, int error) {
-  throw InputError(file.string() +
-                   ": cannot be written: " + std::generic_category().message(error));
-}
 
 // /dev/stdout and its like lead to files that somebody has open already.
 bool isDeviceName(const std::filesystem::path& file) {
@@ -53,17 +49,6 @@ std::filesystem::path resolved(const std::filesystem::path& file) {
   std::error_code failed;
   auto real = std::filesystem::canonical(file, failed);
   return failed ? file : real;
-}
-
-void writeAll(int descriptor, std::string_view text, const std::filesystem::path& file) {
-  while (!text.empty()) {
-    const ssize_t written = ::write(descriptor, text.data(), text.size());
-    if (written < 0) {
-      if (errno == EINTR) continue;
-      failWrite(file, errno);
-    }
-    text.remove_prefix(static_cast<std::size_t>(written));
-  }
 }
 
 [[noreturn]] void refuseToReplace(const std::filesystem::path& file) {
@@ -134,7 +119,8 @@ OutputFile::~OutputFile() {
 }
 
 void OutputFile::write(std::string_view text) {
-  writeAll(descriptor_, text, target_);
+  const int error = writeAll(kernelFiles(), descriptor_, text);
+  if (error < 0) failWrite(target_, -error);
   const bool isNew = written_ != target_;
   if (isNew && ::fsync(descriptor_) != 0) failWrite(target_, errno);
   if (::close(std::exchange(descriptor_, -1)) != 0) failWrite(target_, errno);
@@ -147,10 +133,6 @@ void OutputFile::takePlace() {
   if (!moved && !rules_.mayReplace && errno == EEXIST) refuseToReplace(target_);
   if (!moved) failWrite(target_, errno);
   written_.clear();
-}
-
-void writeStandardOutput(std::string_view text) {
-  writeAll(STDOUT_FILENO, text, "standard output");
 }
 
 }  // namespace velhost

@@ -41,7 +41,4 @@ class OutputFile {
   int descriptor_ = -1;
 };
 
-// Throws InputError when not all of it could be written.
-void writeStandardOutput(std::string_view text);
-
 }  // namespace velhost

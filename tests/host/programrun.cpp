@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <memory>
 #include <stdexcept>
+#include <utility>
 
 namespace velhost {
 namespace {
@@ -46,18 +47,55 @@ int waitFor(pid_t child) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-}  // namespace
+// A pipe whose writing end does not wait, and holds no more than one page.
+class ImpatientPipe {
+ public:
+  ImpatientPipe() {
+    if (::pipe2(ends_, O_CLOEXEC) != 0 || ::fcntl(ends_[1], F_SETFL, O_NONBLOCK) != 0 ||
+        ::fcntl(ends_[1], F_SETPIPE_SZ, 1) < 0) {
+      throw std::runtime_error("cannot make a pipe");
+    }
+  }
+  ~ImpatientPipe() {
+    ::close(ends_[0]);
+    closeWritingEnd();
+  }
+  ImpatientPipe(const ImpatientPipe&) = delete;
+  ImpatientPipe& operator=(const ImpatientPipe&) = delete;
 
-ProgramOutcome runProgram(const std::string& program, const ProgramRun& run) {
-  const Scratch out(std::tmpfile());
-  const Scratch err(std::tmpfile());
-  FileActions files;
-  ::posix_spawn_file_actions_adddup2(&files.actions, ::fileno(out.get()), STDOUT_FILENO);
-  ::posix_spawn_file_actions_adddup2(&files.actions, ::fileno(err.get()), STDERR_FILENO);
+  int writingEnd() const { return ends_[1]; }
+
+  void closeWritingEnd() {
+    if (ends_[1] >= 0) ::close(std::exchange(ends_[1], -1));
+  }
+
+  // All that comes until no program has the writing end any more.
+  std::string drained() {
+    closeWritingEnd();
+    std::string text;
+    char block[512];
+    for (ssize_t count = 1; count > 0;) {
+      count = ::read(ends_[0], block, sizeof block);
+      if (count > 0) text.append(block, static_cast<std::size_t>(count));
+    }
+    return text;
+  }
+
+ private:
+  int ends_[2] = {-1, -1};
+};
+
+void redirect(const ProgramRun& run, FileActions& files) {
   if (!run.standardOutput.empty()) {
     ::posix_spawn_file_actions_addopen(&files.actions, STDOUT_FILENO, run.standardOutput.c_str(),
                                        O_WRONLY, 0);
   }
+  for (const int stream : run.closed) {
+    ::posix_spawn_file_actions_addclose(&files.actions, stream);
+  }
+}
+
+pid_t start(const std::string& program, const ProgramRun& run, const FileActions& files) {
   std::vector<std::string> words{program};
   words.insert(words.end(), run.arguments.begin(), run.arguments.end());
   pid_t child = 0;
@@ -65,8 +103,24 @@ ProgramOutcome runProgram(const std::string& program, const ProgramRun& run) {
                     environ) != 0) {
     throw std::runtime_error("cannot run " + program);
   }
+  return child;
+}
+
+}  // namespace
+
+ProgramOutcome runProgram(const std::string& program, const ProgramRun& run) {
+  const Scratch out(std::tmpfile());
+  const Scratch err(std::tmpfile());
+  ImpatientPipe pipe;
+  FileActions files;
+  const int output = run.hasImpatientPipe ? pipe.writingEnd() : ::fileno(out.get());
+  ::posix_spawn_file_actions_adddup2(&files.actions, output, STDOUT_FILENO);
+  ::posix_spawn_file_actions_adddup2(&files.actions, ::fileno(err.get()), STDERR_FILENO);
+  redirect(run, files);
+  const pid_t child = start(program, run, files);
+  const std::string piped = pipe.drained();
   const int status = waitFor(child);
-  return {status, contents(out.get()), contents(err.get())};
+  return {status, run.hasImpatientPipe ? piped : contents(out.get()), contents(err.get())};
 }
 
 }  // namespace velhost

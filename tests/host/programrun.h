@@ -17,6 +17,8 @@ struct ProgramOutcome {
 struct ProgramRun {
   std::vector<std::string> arguments;  // behind the program's name
   std::string standardOutput;          // a file to write to instead of keeping what comes
+  std::vector<int> closed = {};        // standard streams that the program is started without
+  bool hasImpatientPipe = false;       // standard output is a pipe that is soon full, non-blocking
 };
 
 ProgramOutcome runProgram(const std::string& program, const ProgramRun& run);

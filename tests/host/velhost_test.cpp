@@ -2,6 +2,7 @@
 //
 // The program as people run it: what it prints where, and its exit status.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -273,6 +274,44 @@ TEST_F(Velhost, AFullStandardOutputIsNoticed) {
     EXPECT_EQ("velhost: standard output: cannot be written: No space left on device\n",
               outcome.err);
   }
+}
+
+TEST_F(Velhost, AStandardOutputThatDoesNotWaitGetsTheWholeAnswer) {
+  for (const Words& words : {query({"--format", "trace", "--repeat", "20"}), Words{"classes"}}) {
+    const ProgramOutcome kept = run(words);
+    const ProgramOutcome piped = runProgram(VELHOST, {words, "", {}, true});
+    EXPECT_EQ(kept.status, piped.status) << words[0] << piped.err;
+    EXPECT_LT(4096U, kept.out.size()) << words[0];
+    EXPECT_EQ(kept.out, piped.out) << words[0];
+  }
+}
+
+TEST_F(Velhost, WithoutAStandardStreamTheOutputFileHoldsTheAnswerAlone) {
+  const std::string file = (folder_ / "out.json").string();
+  const Words words = query({"KRXSG_DeviceDriver", "--log-level", "3", "--output", file});
+  const ProgramOutcome whole = run(words);
+  const std::string answer = read(file);
+  EXPECT_NE("", answer);
+  EXPECT_NE("", whole.err);
+  for (const std::vector<int>& closed :
+       std::vector<std::vector<int>>{{0}, {1}, {2}, {0, 1}, {0, 2}, {1, 2}, {0, 1, 2}}) {
+    fs::remove(file);
+    const ProgramOutcome outcome = runProgram(VELHOST, {words, "", closed});
+    EXPECT_EQ(0, outcome.status) << ::testing::PrintToString(closed);
+    EXPECT_EQ(answer, read(file)) << ::testing::PrintToString(closed);
+    EXPECT_EQ(closed.back() == 2 ? "" : whole.err, outcome.err) << ::testing::PrintToString(closed);
+  }
+}
+
+TEST_F(Velhost, AClosedStandardOutputIsNoticed) {
+  const Words words = query({"KRXSG_Vpd"});
+  const ProgramOutcome outcome = runProgram(VELHOST, {words, "", {1}});
+  EXPECT_EQ(2, outcome.status);
+  EXPECT_EQ("velhost: standard output: cannot be written: Bad file descriptor\n", outcome.err);
+  Words toDevStdout = words;
+  toDevStdout.insert(toDevStdout.end(), {"--output", "/dev/stdout"});
+  expectBadInput(runProgram(VELHOST, {toDevStdout, "", {1}}),
+                 "/dev/stdout: cannot be written: ", "closed, by name");
 }
 
 TEST_F(Velhost, ClassesShowTheSchema) {
