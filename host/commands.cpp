@@ -9,6 +9,7 @@
 #include "host/machine.h"
 #include "host/machinefile.h"
 #include "host/machinewriter.h"
+#include "host/outputfile.h"
 #include "host/plainjson.h"
 #include "host/queryrun.h"
 #include "host/record.h"
@@ -18,7 +19,6 @@
 #include "host/standardstreams.h"
 #include "host/tableformat.h"
 #include "host/utf8.h"
-#include "host/wholefile.h"
 
 namespace velhost {
 namespace {

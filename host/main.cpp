@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <csignal>
 #include <variant>
 
 #include "host/commandline.h"
@@ -7,6 +8,8 @@
 #include "host/standardstreams.h"
 
 int main(int argc, char* argv[]) {
+  // A file above the limit of its size is told as any other that cannot be written.
+  static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
   try {
     velhost::occupyStandardStreams();
     return std::visit([](const auto& command) { return velhost::run(command); },

@@ -314,6 +314,18 @@ TEST_F(Velhost, AClosedStandardOutputIsNoticed) {
                  "/dev/stdout: cannot be written: ", "closed, by name");
 }
 
+TEST_F(Velhost, AnAnswerAboveTheLimitOfFileSizesIsNoticed) {
+  const std::string file = put("out", "old");
+  const std::string shell = "ulimit -f 0; exec \"$0\" \"$@\" 2>&1";  // a pipe has no limit
+  Words words{"-c", shell, VELHOST};
+  for (const std::string& word : query({"KRXSG_Vpd", "--output", file})) words.push_back(word);
+  const ProgramOutcome outcome = runProgram("/bin/bash", {words, "", {}, true});
+  EXPECT_EQ(2, outcome.status);
+  EXPECT_EQ("velhost: " + file + ": cannot be written: File too large\n", outcome.out);
+  EXPECT_EQ("old", read(file));
+  EXPECT_EQ(2, std::distance(fs::directory_iterator(folder_), fs::directory_iterator()));
+}
+
 TEST_F(Velhost, ClassesShowTheSchema) {
   const ProgramOutcome table = run({"classes", "KRXSG_QLA_ComputerSystem"});
   EXPECT_EQ(0, table.status);
@@ -353,6 +365,19 @@ TEST_F(Velhost, ARecordingReplacesAFileOnlyByForce) {
   EXPECT_EQ(file + ": ok\n", run({"check", file}).out);
   EXPECT_EQ(fs::perms::owner_read | fs::perms::owner_write, fs::status(file).permissions());
   EXPECT_EQ(2, std::distance(fs::directory_iterator(folder_), fs::directory_iterator()));
+}
+
+TEST_F(Velhost, ARecordingIsNotLedAstrayInASharedFolder) {
+  if (::geteuid() != 0) GTEST_SKIP() << "making another user's link needs root";
+  ASSERT_EQ(0, ::chmod(folder_.c_str(), 01777));
+  const std::string kept = put("kept.json", "old");
+  const std::string link = (folder_ / "link.json").string();
+  fs::create_symlink(kept, link);
+  ASSERT_EQ(0, ::lchown(link.c_str(), 65534, 65534));
+  expectBadInput(run({"record", "--plugin", TEST_PLUGIN, "--machine", bareMachine(), "--force",
+                      "--output", link}),
+                 link + ": cannot be written: ", "another user's link");
+  EXPECT_EQ("old", read(kept));
 }
 
 TEST_F(Velhost, ARecordingHoldsNoCredentials) {
