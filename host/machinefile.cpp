@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <system_error>
 
 #include "host/jsondocument.h"
 #include "host/machinenames.h"
@@ -173,9 +172,9 @@ MachineFile parseMachineFile(std::string_view text, const std::filesystem::path&
 MachineFile readMachineFile(const std::filesystem::path& file) {
   std::string text;
   try {
-    text = readWholeFile(file);
-  } catch (const std::system_error& error) {
-    throw MachineFileError(file.string() + ": cannot be read: " + error.code().message());
+    text = readWholeFile(file, ReadFrom::kFileOrStream);
+  } catch (const FileReadError& error) {
+    throw MachineFileError(file.string() + ": cannot be read: " + error.what());
   }
   return parseMachineFile(text, file);
 }

@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <system_error>
 
 #include "host/bytesfield.h"
 #include "host/smbiosparts.h"
@@ -86,14 +85,15 @@ SmbiosStructure readStructure(const Cursor& at) {
 }
 
 std::vector<SmbiosStructure> readDump(const Cursor& at, const std::filesystem::path& folder) {
+  if (at.text().find('\0') != std::string::npos) at.fail("a zero byte would end the name");
   const std::filesystem::path file = folder / at.text();
   try {
-    const std::string bytes = readWholeFile(file);
+    const std::string bytes = readWholeFile(file, ReadFrom::kRegularFile);
     at.spendBytes(bytes.size());
     return NKRXVEL20::host::parseDmiDump(Bytes(bytes.begin(), bytes.end()), kMostStructures)
         .structures;
-  } catch (const std::system_error& error) {
-    at.fail("cannot read " + file.string() + ": " + error.code().message());
+  } catch (const FileReadError& error) {
+    at.fail("cannot read " + file.string() + ": " + error.what());
   } catch (const NKRXVEL20::host::DmiDumpError& error) {
     at.fail(file.string() + ": " + error.what());
   }

@@ -4,12 +4,27 @@
 #pragma once
 
 #include <filesystem>
+#include <stdexcept>
 #include <string>
+
+#include "host/filecalls.h"
 
 namespace velhost {
 
-// Throws std::system_error, whose code says why the file cannot be read. A file above 64 MiB is
-// refused (std::errc::file_too_large), so that a device that never ends cannot fill the memory.
-std::string readWholeFile(const std::filesystem::path& file);
+// A file cannot be read; what() says why, without its name.
+class FileReadError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+enum class ReadFrom {
+  kRegularFile,  // for a name out of a file: nothing that waits, nothing that acts when it is opened
+  kFileOrStream,  // for a name that a person gave: a pipe or a terminal too
+};
+
+// Throws FileReadError. What is refused for its kind has not been opened, and a file above 64 MiB is
+// refused, so that one that never ends cannot fill the memory.
+std::string readWholeFile(const std::filesystem::path& file, ReadFrom from,
+                          FileCalls& calls = kernelFiles());
 
 }  // namespace velhost

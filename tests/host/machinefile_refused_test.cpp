@@ -84,6 +84,8 @@ TEST(MachineFileRefused, Smbios) {
       {R"("dump": "a.dmi", "structures": [])", "/smbios/structures: cannot stand beside \"dump\""},
       {R"("dump": "none.dmi")",
        "/smbios/dump: cannot read folder/none.dmi: No such file or directory"},
+      {R"("dump": "a\u0000b")", "/smbios/dump: a zero byte would end the name"},
+      {R"("dump": "/")", "/smbios/dump: cannot read /: it is a folder, not a regular file"},
       {R"("dump": 5)", "/smbios/dump: must be a text"},
       {R"("structures": {})", "/smbios/structures: must be a list"},
       {R"("table": "")", "/smbios/table: unknown key"},

@@ -314,6 +314,40 @@ TEST_F(Velhost, AClosedStandardOutputIsNoticed) {
                  "/dev/stdout: cannot be written: ", "closed, by name");
 }
 
+TEST_F(Velhost, ADumpThatIsNoRegularFileIsRefusedAndNotWaitedFor) {
+  const std::string head = R"({ "format": "vel-machine/1", "name": "x", "smbios": { "dump": ")";
+  const fs::path fifo = folder_ / "fifo";
+  ASSERT_EQ(0, ::mkfifo(fifo.c_str(), 0600));
+  const struct {
+    const char* what;
+    std::string dump;
+    std::string complaint;
+  } cases[] = {
+      {"pipe", "fifo", "cannot read " + fifo.string() + ": it is a pipe, not a regular file"},
+      {"device", "/dev/zero", "cannot read /dev/zero: it is a device, not a regular file"},
+      {"zero byte", R"(fifo\u0000)", "a zero byte would end the name"},
+  };
+  for (const auto& c : cases) {
+    const std::string file = put("machine.json", head + c.dump + "\" } }");
+    const ProgramOutcome outcome = run({"check", file});
+    EXPECT_EQ(2, outcome.status) << c.what;
+    EXPECT_EQ("velhost: " + file + ": /smbios/dump: " + c.complaint + "\n", outcome.err);
+  }
+}
+
+TEST_F(Velhost, AMachineFileMayBeAPipeButNoDevice) {
+  const std::string file = bareMachine();
+  const std::string shell = "\"$0\" check <(cat '" + file + "')";
+  const ProgramOutcome piped = runProgram("/bin/bash", {{"-c", shell, VELHOST}, ""});
+  EXPECT_EQ(0, piped.status) << piped.err;
+  EXPECT_EQ(0U, piped.out.find("/dev/fd/")) << piped.out;
+  EXPECT_NE(std::string::npos, piped.out.find(": ok\n")) << piped.out;
+  const ProgramOutcome device = run({"check", "/dev/zero", file});
+  EXPECT_EQ(2, device.status);
+  EXPECT_EQ("velhost: /dev/zero: cannot be read: it is a device, not a regular file\n", device.err);
+  EXPECT_EQ(file + ": ok\n", device.out);
+}
+
 TEST_F(Velhost, AnAnswerAboveTheLimitOfFileSizesIsNoticed) {
   const std::string file = put("out", "old");
   const std::string shell = "ulimit -f 0; exec \"$0\" \"$@\" 2>&1";  // a pipe has no limit
