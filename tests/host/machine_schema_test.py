@@ -144,7 +144,7 @@ BAD_FOR_THE_PROGRAM = [
     smbios({"type": 1, "data": [{"text": "abc", "size": 2}]}),
     smbios({"type": 1, "data": [{"zeros": 252}]}),
     sp(components={"04 03 05 0B": 1, "0403050b": 1}),
-    sp(count=255, components={"04 03 05 0B": 258}),
+    sp(count=255, components={"04 03 05 0B": 1024, "04 03 05 0C": 5}),
     dot(reply=[{"zeros": 1048576}] * 65),
     sp(tamber_commands=[{"command": [{"zeros": 5}], "reply": ""}]),
 ]
