@@ -1,0 +1,429 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Every call of a whole collection, from the construction of the plug-in's object to the last
+// instance published, on five kinds of machine. The expected calls are written by hand from what
+// each collector is to do; another maker's platform has to see the very same ones.
+#include <algorithm>
+
+#include "tests/spyplatform/expectedcalls.h"
+#include "tests/spyplatform/spyfixture.h"
+
+namespace spyplatform {
+namespace {
+
+using NKRXVEL20::TCIMValue;
+
+const std::vector<std::string> kAllClasses = {"KRXSG_DiagnosticVPD",
+                                              "KRXSG_PostBIOSVPD",
+                                              "KRXSG_SystemBIOSElement",
+                                              "KRXSG_HardwareRevisionLevel",
+                                              "KRXSG_Vpd",
+                                              "KRXSG_SPROMFirmwareVPDMain",
+                                              "KRXSG_SPROMFirmwareVPDBootROM",
+                                              "KRXSG_DeviceDriver",
+                                              "KRXSG_SystemBIOS",
+                                              "KRXSG_cKVM",
+                                              "KRXSG_USBTapeFirmwareElement"};
+
+// The instances of the classes that a machine has any of.
+struct Collected {
+  std::vector<std::string> diagnostics;
+  std::vector<std::string> systemBios;
+  std::vector<std::string> hardware;
+  std::vector<std::string> vpd;
+  std::vector<std::string> main;
+  std::vector<std::string> bootRom;
+  std::vector<std::string> cKVM;
+};
+
+void publishAll(ExpectedCalls& expected, const Collected& collected) {
+  expected.publish("KRXSG_DiagnosticVPD", collected.diagnostics);
+  expected.publish("KRXSG_PostBIOSVPD");
+  expected.publish("KRXSG_SystemBIOSElement", collected.systemBios);
+  expected.publish("KRXSG_HardwareRevisionLevel", collected.hardware);
+  expected.publish("KRXSG_Vpd", collected.vpd);
+  expected.publish("KRXSG_SPROMFirmwareVPDMain", collected.main);
+  expected.publish("KRXSG_SPROMFirmwareVPDBootROM", collected.bootRom);
+  expected.publish("KRXSG_DeviceDriver");
+  expected.publish("KRXSG_SystemBIOS");
+  expected.publish("KRXSG_cKVM", collected.cKVM);
+  expected.publish("KRXSG_USBTapeFirmwareElement");
+}
+
+void noFruSource(ExpectedCalls& expected) {
+  expected.enumerate("KRXSG_IPMIFRU", 0);
+  expected.log(3, "spfirmwarevpd: There is no KRXSG_IPMIFRU instance.");
+}
+
+const OemString kDiagnosticsString = {"KRX Diagnostics DIA789", "KRXDiagnosticsDIA789"};
+const OemString kTorviksString = {"KRX Torviks Management Processor 12-B",
+                                  "KRXTorviksManagementProcessor12B"};
+
+using CollectionTest = SpyTest;
+
+TEST_F(CollectionTest, MachineWithoutSP) {
+  state().machineType = "7777";
+  state().structures = {oemStrings({kDiagnosticsString.text, " ", kTorviksString.text}),
+                        biosInformation()};
+  load();
+  query(kAllClasses);
+
+  ExpectedCalls expected;
+  Collected collected;
+  expected.construction();
+  expected.call("GetSplibraryInstance(0)");
+  expected.says("IsIPMIDriversPresent", false);
+  noFruSource(expected);
+  expected.oemStrings({kDiagnosticsString, {" ", ""}, kTorviksString});
+  expected.machineType("7777");
+  expected.call("GetSplibraryInstance(0)");
+  expected.says("isDotcommand", false);
+  expected.says("isTamber", false);
+  collected.diagnostics = {expected.diagnosticsOfOemString(
+      "KRXDiagnosticsDIA789", "KRX", /*shownVersion=*/" ", "DiagnosticsDIA789")};
+  collected.main = {
+      expected.firmwareOfOemString("3", {"KRX Torvik Management Processor", kTorviksString.copy})};
+  collected.systemBios = expected.systemBios("7777", 0, false, false);
+  expected.log(3, "No SP's installed on the system");
+  publishAll(expected, collected);
+  EXPECT_EQ(difference(takeTrace(), expected.lines()), "");
+}
+
+TEST_F(CollectionTest, SecondQueryPublishesOnlyAndUnloadingReleasesEverything) {
+  state().structures = {oemStrings({kDiagnosticsString.text}), biosInformation()};
+  load();
+  query({});
+  takeTrace();
+  query({"KRXSG_DiagnosticVPD"});
+  EXPECT_EQ(takeTrace(), (Trace{"KRXSG_DiagnosticVPD.GetName({})", "instance#1.AddToClass({})"}));
+  plugin.release()->PrepareForUnload();
+  Trace released = takeTrace();
+  ASSERT_FALSE(released.empty());
+  EXPECT_EQ(released.back(), "~plug-in");
+  std::ranges::sort(released);
+  EXPECT_EQ(released, (Trace{"~instance#1", "~instance#2", "~plug-in"}));
+}
+
+// Of everything a bit: components that answer, that answer with nothing and that fail.
+TEST_F(CollectionTest, MachineWithOneDotCommandSP) {
+  state().machineType = "7777";
+  state().structures = {biosInformation()};
+  state().published["KRXSG_QLA_ComputerSystem"] = {
+      {{"SourceNode", TCIMValue(std::uint8_t{2})}, {"Description", TCIMValue("second")}},
+      {{"SourceNode", TCIMValue(std::uint8_t{1})}, {"Description", TCIMValue("The SP")}}};
+  when("IsIPMIDriversPresent", returns(1));
+  when("isDotcommand", returns(1));
+  when("checkSPComm", returns(1));
+  when("discoverSPs", returns(1));
+  when("GetNumberBMCNode", returns(1));
+  when("buildDotCommandList", returns(1));
+  when("getComponentdotCmdList", {"04 03 05 0B 01"}, returns(2));
+  when("getComponentdotCmdList", {"04 03 05 0C 01"}, returns(2));
+  when("getComponentdotCmdList", {"04 03 05 0E 01"}, returns(1));
+  whenSent("04 03 05 06 01", 0, replies(firmwareRecord("MAIN.BIN")));
+  whenSent("04 03 05 06 02", 0, replies(firmwareRecord("BOOT.BIN")));
+  whenSent("04 03 05 07", 0, replies({5}));
+  whenSent("04 03 05 01 01", 0, replies(nodeRecord()));
+  whenSent("04 03 05 01", 0, replies(nodeRecord()));
+  whenSent("04 03 05 0B 01 / 00 00 7F 00", 0, replies(dimmRecord(), 99));
+  whenSent("04 03 05 0B 02 / 00 00 7F 00", 0, replies({}, 0));
+  whenSent("04 03 05 0C 01 / 00 00 80 00", 0, replies(componentRecord("FRU-OF-PS001"), 55));
+  whenSent("04 03 05 0D 01 / 00 00 80 00", 0, replies(componentRecord(""), 55));
+  whenSent("04 03 05 03 01 / 00 00 A0 00", 0, replies(componentRecord("FRU-OF-CARD1"), 55));
+  whenSent("04 03 05 0E 01 / 00 00 70 00", 0, replies(componentRecord("FRU-OF-DASD1"), 55));
+  whenSent("04 03 05 02 01 / 10 00 10 00", 0, replies(planarRecord(), 18));
+  load();
+  query(kAllClasses);
+
+  ExpectedCalls expected;
+  Collected collected;
+  expected.construction();
+  expected.call("GetSplibraryInstance(0)");
+  expected.says("IsIPMIDriversPresent", true);
+  expected.says("IsBMCMachine", false);
+  noFruSource(expected);
+  expected.noOemStrings();
+  expected.machineType("7777");
+  expected.call("GetSplibraryInstance(0)");
+  expected.says("isDotcommand", true);
+  expected.says("checkSPComm", true);
+  expected.log(3, "Getting firmware and vpd");
+
+  expected.counts("discoverSPs", 1);
+  expected.descriptorWalk(0, true);
+  expected.enumerate("KRXSG_QLA_ComputerSystem", 2);
+  expected.computerSystem(0, 2, "second");
+  expected.computerSystem(1, 1, "The SP");
+  collected.main = {
+      expected.firmwareRecord("KRXSG_SPROMFirmwareVPDMain", "The SP Main VPD", "1", "MAIN.BIN")};
+  collected.bootRom = {expected.firmwareRecord("KRXSG_SPROMFirmwareVPDBootROM",
+                                               "The SP BootROM VPD", "1", "BOOT.BIN")};
+  collected.hardware = {expected.hardwareRecord("1", "5")};
+  collected.diagnostics = {expected.diagnosticsRecord("1")};
+
+  expected.buildCommandLists();
+  expected.counts("discoverSPs", 1);
+
+  expected.says("IsBMCMachine", false);
+  expected.log(3, "get DIMM info only from QLA");
+  expected.countComponents("04 03 05 0B 01", 2);
+  std::string request = expected.makeDotCommand("04 03 05 0B 01", "00 00 7F 00");
+  expected.sendDotCommand(request, 0, 0, 99);
+  collected.vpd.push_back(expected.dimm("", 1));
+  expected.destroy(request);
+  request = expected.makeDotCommand("04 03 05 0B 02", "00 00 7F 00");
+  expected.sendDotCommand(request, 99, 0, 0);
+  expected.log(3, "DIMM  2 VPD not populated.");
+  expected.destroy(request);
+
+  expected.countComponents("04 03 05 0C 01", 2);
+  request = expected.makeDotCommand("04 03 05 0C 01", "00 00 80 00");
+  expected.sendDotCommand(request, 0, 0, 55);
+  collected.vpd.push_back(expected.component({"Power Supply 1", ""}, "FRU-OF-PS001"));
+  expected.destroy(request);
+  request = expected.makeDotCommand("04 03 05 0C 02", "00 00 80 00");
+  expected.sendDotCommand(request, 55, 0, -1);
+  expected.componentMissing("Power Supply  2 VPD not available ");
+  expected.destroy(request);
+
+  expected.says("IsBMCMachine", false);
+  expected.log(3, "get power backplane info only from QLA");
+  request = expected.makeDotCommand("04 03 05 0D 01", "00 00 81 00");
+  expected.sendDotCommand(request, 55, 0, -1);
+  expected.componentMissing("power backplane VPD not available...trying alternate data set");
+  expected.destroy(request);
+  request = expected.makeDotCommand("04 03 05 0D 01", "00 00 80 00");
+  expected.sendDotCommand(request, 55, 0, 55);
+  collected.vpd.push_back(expected.component({"Power BackPlane", ""}, " "));
+  expected.destroy(request);
+
+  request = expected.makeDotCommand("04 03 05 03 01", "00 00 A0 00");
+  expected.sendDotCommand(request, 55, 0, 55);
+  collected.vpd.push_back(expected.component({"Processor Card", ""}, "FRU-OF-CARD1"));
+  expected.destroy(request);
+
+  expected.countComponents("04 03 05 0E 01", 1);
+  request = expected.makeDotCommand("04 03 05 0E 01", "00 00 70 00");
+  expected.sendDotCommand(request, 55, 0, 55);
+  collected.vpd.push_back(expected.component({"DASD BackPlane", ""}, "FRU-OF-DASD1"));
+  expected.destroy(request);
+
+  request = expected.makeDotCommand("04 03 05 02 01", "10 00 10 00");
+  expected.sendDotCommand(request, 55, 0, 18);
+  collected.vpd.push_back(expected.planar({"Planar", ""}));
+  expected.destroy(request);
+
+  collected.systemBios = expected.systemBios("7777", 1, false, true);
+  publishAll(expected, collected);
+  EXPECT_EQ(difference(takeTrace(), expected.lines()), "");
+}
+
+// What both nodes' SPs answer, but for the first one's diagnostics record, which is empty: the
+// diagnostics are then asked for once more, node by node.
+void expectNodeDiagnostics(ExpectedCalls& expected, Collected& collected) {
+  expected.says("isDotcommand", true);
+  expected.says("checkSPComm", true);
+  expected.counts("discoverSPs", 2);
+  std::string request = expected.makeDotCommand("04 03 05 01 01");
+  expected.sendDotCommand(request, 0, 0, 69);
+  expected.destroy(request);
+  request = expected.makeDotCommand("04 03 05 01 01");
+  expected.sendDotCommand(request, 0, 1, 69);
+  expected.destroy(request);
+  collected.diagnostics.push_back(expected.diagnosticsOfNode(2));
+}
+
+// One DIMM, a planar and nothing else; the DIMMs' numbers run on from node to node.
+void expectNodeComponents(ExpectedCalls& expected, Collected& collected, int spIndex,
+                          int lengthBefore) {
+  const std::string label = "Node " + std::to_string(spIndex + 1);
+  const std::string dimmPath = "04 03 05 0B 0" + std::to_string(spIndex + 1);
+  expected.says("IsBMCMachine", true);
+  expected.says("IsIPMIDriversPresent", false);
+  expected.log(3, "get DIMM info only from QLA");
+  expected.countComponents(dimmPath, 1);
+  std::string request = expected.makeDotCommand(dimmPath, "00 00 7F 00");
+  expected.sendDotCommand(request, lengthBefore, spIndex, 99);
+  collected.vpd.push_back(expected.dimm(label, spIndex + 1));
+  expected.destroy(request);
+  expected.countComponents("04 03 05 0C 01", 0);
+  expected.says("IsBMCMachine", true);
+  expected.says("IsIPMIDriversPresent", false);
+  expected.log(3, "get power backplane info only from QLA");
+  request = expected.makeDotCommand("04 03 05 0D 01", "00 00 81 00");
+  expected.sendDotCommand(request, 99, spIndex, -1);
+  expected.componentMissing("power backplane VPD not available...trying alternate data set");
+  expected.destroy(request);
+  request = expected.makeDotCommand("04 03 05 0D 01", "00 00 80 00");
+  expected.sendDotCommand(request, 99, spIndex, -1);
+  expected.componentMissing("Power backplane VPD not available");
+  expected.destroy(request);
+  request = expected.makeDotCommand("04 03 05 03 01", "00 00 A0 00");
+  expected.sendDotCommand(request, 99, spIndex, -1);
+  expected.componentMissing("Processor Card VPD not available");
+  expected.destroy(request);
+  expected.countComponents("04 03 05 0E 01", -1);
+  request = expected.makeDotCommand("04 03 05 02 01", "10 00 10 00");
+  expected.sendDotCommand(request, 99, spIndex, 18);
+  collected.vpd.push_back(expected.planar({label + ": Planar", label}));
+  expected.destroy(request);
+}
+
+TEST_F(CollectionTest, MachineWithTwoNodes) {
+  state().machineType = "5010";
+  state().structures = {biosInformation()};
+  when("IsBMCMachine", returns(1));
+  when("IsIntegratedBMC", returns(1));
+  when("isDotcommand", returns(1));
+  when("checkSPComm", returns(1));
+  when("discoverSPs", returns(2));
+  when("GetNumberBMCNode", returns(2));
+  when("buildDotCommandList", returns(1));
+  when("getComponentdotCmdList", {"04 03 05 0B"}, returns(1));
+  when("getComponentdotCmdList", {"04 03 05 0C"}, returns(0));
+  for (const int spIndex : {0, 1}) {
+    whenSent("04 03 05 06 01", spIndex, replies(firmwareRecord("MAIN.BIN")));
+    whenSent("04 03 05 06 02", spIndex, replies(firmwareRecord("BOOT.BIN")));
+    whenSent("04 03 05 07", spIndex, replies({5}));
+    whenSent("04 03 05 01 01", spIndex, replies(spIndex == 0 ? zeros(69) : nodeRecord()));
+    whenSent("04 03 05 01", spIndex, replies(nodeRecord()));
+    whenSent("04 03 05 02 01 / 10 00 10 00", spIndex, replies(planarRecord(), 18));
+  }
+  whenSent("04 03 05 0B 01 / 00 00 7F 00", 0, replies(dimmRecord(), 99));
+  whenSent("04 03 05 0B 02 / 00 00 7F 00", 1, replies(dimmRecord(), 99));
+  load();
+  query(kAllClasses);
+
+  ExpectedCalls expected;
+  Collected collected;
+  expected.construction();
+  expected.call("GetSplibraryInstance(0)");
+  expected.says("IsIPMIDriversPresent", false);
+  noFruSource(expected);
+  expected.noOemStrings();
+  expected.machineType("5010");
+  expected.call("GetSplibraryInstance(0)");
+  expected.says("isDotcommand", true);
+  expected.says("checkSPComm", true);
+  expected.log(3, "Getting firmware and vpd");
+
+  expected.counts("discoverSPs", 2);
+  expected.descriptorWalk(0, false);
+  expected.descriptorWalk(1, true);
+  expected.enumerate("KRXSG_QLA_ComputerSystem", 0);
+  for (const char* node : {"1", "2"}) {
+    collected.main.push_back(expected.firmwareRecord(
+        "KRXSG_SPROMFirmwareVPDMain", "KRX Quellon Link Adapter Main VPD", node, "MAIN.BIN"));
+    collected.bootRom.push_back(expected.firmwareRecord(
+        "KRXSG_SPROMFirmwareVPDBootROM", "KRX Quellon Link Adapter BootROM VPD", node, "BOOT.BIN"));
+    collected.hardware.push_back(expected.hardwareRecord(node, "5"));
+    if (*node == '1') {
+      expectNodeDiagnostics(expected, collected);
+    } else {
+      collected.diagnostics.push_back(expected.diagnosticsRecord(node));
+    }
+  }
+
+  expected.buildCommandLists();
+  expected.counts("discoverSPs", 2);
+  expectNodeComponents(expected, collected, 0, 0);
+  expectNodeComponents(expected, collected, 1, 18);
+  collected.systemBios = expected.systemBios("5010", 2, true, true);
+  publishAll(expected, collected);
+  EXPECT_EQ(difference(takeTrace(), expected.lines()), "");
+}
+
+// A BMC with IPMI drivers: another source describes the components, and the namespace is not asked.
+TEST_F(CollectionTest, MachineWithTamberSP) {
+  state().machineType = "4210";
+  state().structures = {oemStrings({kTorviksString.text}), biosInformation()};
+  when("IsBMCMachine", returns(1));
+  when("IsIPMIDriversPresent", returns(1));
+  when("isTamber", returns(1));
+  when("isTwgStop", returns(1));
+  when("isTvmlibrary", returns(1));
+  when("sendTamberCommand", replies(text("???1.47b", 8), 5));
+  load();
+  query(kAllClasses);
+
+  ExpectedCalls expected;
+  Collected collected;
+  expected.construction();
+  expected.call("GetSplibraryInstance(0)");
+  expected.says("IsIPMIDriversPresent", true);
+  expected.says("IsBMCMachine", true);
+  expected.oemStrings({kTorviksString});
+  expected.machineType("4210");
+  expected.call("GetSplibraryInstance(0)");
+  expected.says("isDotcommand", false);
+  expected.says("isTamber", true);
+  expected.log(3, "Getting AMP firmware and vpd");
+  expected.says("isTwgStop", true);
+  expected.call("TamberCmd#1(01 F1 F1 0F, null, 0, false, true)");
+  expected.call("sendTamberCommand(TamberCmd#1, length 0, 255 zero bytes) -> true, length 5");
+  collected.main = {expected.create("KRXSG_SPROMFirmwareVPDMain")};
+  expected.set(collected.main.front(),
+               {{"Name", quoted("KRX Ambrel Management Processor")},
+                {"SoftwareElementID", quoted("KRX Ambrel Management Processor")},
+                {"SoftwareElementState", u16(3)},
+                {"TargetOperatingSystem", u16(66)},
+                {"BuildNumber", quoted("1.47b")},
+                {"Version", quoted("1.47b")}});
+  collected.systemBios = expected.systemBios("4210", 0, false, false);
+  publishAll(expected, collected);
+  EXPECT_EQ(difference(takeTrace(), expected.lines()), "");
+}
+
+// Two FRU instances, a keyboard, the cKVM device and one that is not looked at any more.
+TEST_F(CollectionTest, MachineWithcKVM) {
+  state().machineType = "3105";
+  state().structures = {biosInformation()};
+  state().published["KRXSG_IPMIFRU"] = {{}, {}};
+  for (const char* description : {"A keyboard", "Maker's cKVM unit", "never read"}) {
+    state().published["KRXSG_USBDevice"].push_back({{"Description", TCIMValue(description)}});
+  }
+  when("sendIPMICommand", replies(joined({{1, 0x20, 0x07, 0, 0, 9, 0, 0, 0}, text("1.2 (b)", 9)})));
+  load();
+  query(kAllClasses);
+
+  ExpectedCalls expected;
+  Collected collected;
+  expected.construction();
+  expected.call("GetSplibraryInstance(0)");
+  expected.says("IsIPMIDriversPresent", false);
+  expected.enumerate("KRXSG_IPMIFRU", 2);
+  expected.log(3, "spfirmwarevpd: There are 2 KRXSG_IPMIFRU instances.");
+  expected.noOemStrings();
+  expected.machineType("3105");
+  expected.call("GetSplibraryInstance(0)");
+  expected.says("isDotcommand", false);
+  expected.says("isTamber", false);
+  collected.systemBios = expected.systemBios("3105", 0, false, false);
+  expected.log(3, "No SP's installed on the system");
+
+  expected.enumerate("KRXSG_USBDevice", 3);
+  expected.call("KRXSG_USBDevice[0].GetProperty(\"Description\", {})");
+  expected.call("KRXSG_USBDevice[0].Description.GetValueAsString() -> \"A keyboard\"");
+  expected.call("KRXSG_USBDevice[1].GetProperty(\"Description\", {})");
+  expected.call("KRXSG_USBDevice[1].Description.GetValueAsString() -> \"Maker's cKVM unit\"");
+  expected.log(3, "spfirmwarevpd: There is cKVM.");
+  expected.log(3,
+               "cKVM - 0x01, 0x20, 0x06, 0x00, 0x52, 0x06, 0x00, 0x00, 0x00, 0xF5, 0x68, 0x10, "
+               "0x1D, 0x01, 0x00");
+  expected.call("GetSplibraryInstance(0)");
+  expected.call(
+      "sendIPMICommand(256 bytes 01 20 06 00 52 06 00 00 00 F5 68 10 1D 01, then zeros, length "
+      "256, 256, true) -> true, length 18");
+  expected.log(3, "cKVM - IPMI command was sent successfully.");
+  collected.cKVM = {expected.create("KRXSG_cKVM")};
+  expected.set(collected.cKVM.front(), {{"SoftwareElementID", quoted("cKVM")},
+                                        {"SoftwareElementState", u16(3)},
+                                        {"TargetOperatingSystem", u16(66)},
+                                        {"Version", quoted("1.2(b)")},
+                                        {"FirmwareVersion", quoted("1.2(b)")}});
+  publishAll(expected, collected);
+  EXPECT_EQ(difference(takeTrace(), expected.lines()), "");
+}
+
+}  // namespace
+}  // namespace spyplatform

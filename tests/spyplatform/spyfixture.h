@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// A plug-in object on the spying platform, on a machine that a test describes.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "plugin/spfirmwarevpd.h"
+#include "tests/spyplatform/core.h"
+#include "tests/spyplatform/recorder.h"
+
+namespace spyplatform {
+
+// Pieces laid end to end.
+Bytes joined(std::initializer_list<Bytes> pieces);
+// The text's bytes, then zeros up to `size`.
+Bytes text(const std::string& text, std::size_t size);
+Bytes zeros(std::size_t size);
+
+// The structures that the machines have. Their texts are those that expectedcalls.h knows.
+Structure biosInformation();
+Structure oemStrings(const std::vector<std::string>& strings);
+
+// The records that the SPs reply with.
+Bytes firmwareRecord(const std::string& fileName);    // SP main and boot-ROM firmware, 40 bytes
+Bytes nodeRecord();                                   // POST/BIOS and diagnostics VPD, 69 bytes
+Bytes componentRecord(const std::string& fruNumber);  // power supplies, backplanes, cards
+Bytes dimmRecord();
+Bytes planarRecord();
+
+// Where the calls differ first from the expected ones, with the lines before; empty when nowhere.
+std::string difference(const Trace& calls, const Trace& expected);
+
+// The lines that contain the text.
+Trace linesWith(const Trace& calls, const std::string& part);
+
+class SpyTest : public ::testing::Test {
+ public:
+  SpyTest();
+  ~SpyTest() override;
+
+  SpyTest(const SpyTest&) = delete;
+  SpyTest& operator=(const SpyTest&) = delete;
+
+ protected:
+  static void when(const std::string& operation, const std::vector<std::string>& parts,
+                   const Outcome& outcome, int nth = 0);
+  static void when(const std::string& operation, const Outcome& outcome, int nth = 0);
+  // The SP's answer to "04 03 05 01", or with data to "04 03 05 0B 01 / 00 00 7F 00".
+  static void whenSent(const std::string& request, int spIndex, const Outcome& outcome,
+                       int nth = 0);
+
+  void load();  // a new object, after its Init
+  // A request for the classes.
+  void query(const std::vector<std::string>& classNames);
+
+  static Trace takeTrace();
+
+  NKRXVEL20::SPLibrary* sp();
+
+  boost::shared_ptr<NKRXVEL20::ICIMNamespace> ns;
+  std::unique_ptr<SPFirmwareVpd> plugin;
+};
+
+}  // namespace spyplatform
