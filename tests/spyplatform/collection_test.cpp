@@ -6,24 +6,11 @@
 #include <algorithm>
 
 #include "tests/spyplatform/expectedcalls.h"
+#include "tests/spyplatform/machines.h"
 #include "tests/spyplatform/spyfixture.h"
 
 namespace spyplatform {
 namespace {
-
-using NKRXVEL20::TCIMValue;
-
-const std::vector<std::string> kAllClasses = {"KRXSG_DiagnosticVPD",
-                                              "KRXSG_PostBIOSVPD",
-                                              "KRXSG_SystemBIOSElement",
-                                              "KRXSG_HardwareRevisionLevel",
-                                              "KRXSG_Vpd",
-                                              "KRXSG_SPROMFirmwareVPDMain",
-                                              "KRXSG_SPROMFirmwareVPDBootROM",
-                                              "KRXSG_DeviceDriver",
-                                              "KRXSG_SystemBIOS",
-                                              "KRXSG_cKVM",
-                                              "KRXSG_USBTapeFirmwareElement"};
 
 // The instances of the classes that a machine has any of.
 struct Collected {
@@ -62,11 +49,9 @@ const OemString kTorviksString = {"KRX Torviks Management Processor 12-B",
 using CollectionTest = SpyTest;
 
 TEST_F(CollectionTest, MachineWithoutSP) {
-  state().machineType = "7777";
-  state().structures = {oemStrings({kDiagnosticsString.text, " ", kTorviksString.text}),
-                        biosInformation()};
+  describeMachineWithoutSP();
   load();
-  query(kAllClasses);
+  query(allClasses());
 
   ExpectedCalls expected;
   Collected collected;
@@ -104,36 +89,49 @@ TEST_F(CollectionTest, SecondQueryPublishesOnlyAndUnloadingReleasesEverything) {
   EXPECT_EQ(released, (Trace{"~instance#1", "~instance#2", "~plug-in"}));
 }
 
-// Of everything a bit: components that answer, that answer with nothing and that fail.
+// The first DIMM answers, the second with nothing; the second power supply fails.
+void expectDimmsAndPowerSupplies(ExpectedCalls& expected, Collected& collected) {
+  expected.says("IsBMCMachine", false);
+  expected.log(3, "get DIMM info only from QLA");
+  expected.countComponents("04 03 05 0B 01", 2);
+  expected.exchange("04 03 05 0B 01", "00 00 7F 00", 0, 0, 99,
+                    [&] { collected.vpd.push_back(expected.dimm("", 1)); });
+  expected.exchange("04 03 05 0B 02", "00 00 7F 00", 99, 0, 0,
+                    [&] { expected.log(3, "DIMM  2 VPD not populated."); });
+  expected.countComponents("04 03 05 0C 01", 2);
+  expected.exchange("04 03 05 0C 01", "00 00 80 00", 0, 0, 55, [&] {
+    collected.vpd.push_back(expected.component({"Power Supply 1", ""}, "FRU-OF-PS001"));
+  });
+  expected.exchange("04 03 05 0C 02", "00 00 80 00", 55, 0, -1,
+                    [&] { expected.componentMissing("Power Supply  2 VPD not available "); });
+}
+
+// The power backplane answers with its other data set.
+void expectBackplanesAndBoards(ExpectedCalls& expected, Collected& collected) {
+  expected.says("IsBMCMachine", false);
+  expected.log(3, "get power backplane info only from QLA");
+  expected.exchange("04 03 05 0D 01", "00 00 81 00", 55, 0, -1, [&] {
+    expected.componentMissing("power backplane VPD not available...trying alternate data set");
+  });
+  expected.exchange("04 03 05 0D 01", "00 00 80 00", 55, 0, 55, [&] {
+    collected.vpd.push_back(expected.component({"Power BackPlane", ""}, " "));
+  });
+  expected.exchange("04 03 05 03 01", "00 00 A0 00", 55, 0, 55, [&] {
+    collected.vpd.push_back(expected.component({"Processor Card", ""}, "FRU-OF-CARD1"));
+  });
+  expected.countComponents("04 03 05 0E 01", 1);
+  expected.exchange("04 03 05 0E 01", "00 00 70 00", 55, 0, 55, [&] {
+    collected.vpd.push_back(expected.component({"DASD BackPlane", ""}, "FRU-OF-DASD1"));
+  });
+  expected.exchange("04 03 05 02 01", "10 00 10 00", 55, 0, 18, [&] {
+    collected.vpd.push_back(expected.planar({"Planar", ""}));
+  });
+}
+
 TEST_F(CollectionTest, MachineWithOneDotCommandSP) {
-  state().machineType = "7777";
-  state().structures = {biosInformation()};
-  state().published["KRXSG_QLA_ComputerSystem"] = {
-      {{"SourceNode", TCIMValue(std::uint8_t{2})}, {"Description", TCIMValue("second")}},
-      {{"SourceNode", TCIMValue(std::uint8_t{1})}, {"Description", TCIMValue("The SP")}}};
-  when("IsIPMIDriversPresent", returns(1));
-  when("isDotcommand", returns(1));
-  when("checkSPComm", returns(1));
-  when("discoverSPs", returns(1));
-  when("GetNumberBMCNode", returns(1));
-  when("buildDotCommandList", returns(1));
-  when("getComponentdotCmdList", {"04 03 05 0B 01"}, returns(2));
-  when("getComponentdotCmdList", {"04 03 05 0C 01"}, returns(2));
-  when("getComponentdotCmdList", {"04 03 05 0E 01"}, returns(1));
-  whenSent("04 03 05 06 01", 0, replies(firmwareRecord("MAIN.BIN")));
-  whenSent("04 03 05 06 02", 0, replies(firmwareRecord("BOOT.BIN")));
-  whenSent("04 03 05 07", 0, replies({5}));
-  whenSent("04 03 05 01 01", 0, replies(nodeRecord()));
-  whenSent("04 03 05 01", 0, replies(nodeRecord()));
-  whenSent("04 03 05 0B 01 / 00 00 7F 00", 0, replies(dimmRecord(), 99));
-  whenSent("04 03 05 0B 02 / 00 00 7F 00", 0, replies({}, 0));
-  whenSent("04 03 05 0C 01 / 00 00 80 00", 0, replies(componentRecord("FRU-OF-PS001"), 55));
-  whenSent("04 03 05 0D 01 / 00 00 80 00", 0, replies(componentRecord(""), 55));
-  whenSent("04 03 05 03 01 / 00 00 A0 00", 0, replies(componentRecord("FRU-OF-CARD1"), 55));
-  whenSent("04 03 05 0E 01 / 00 00 70 00", 0, replies(componentRecord("FRU-OF-DASD1"), 55));
-  whenSent("04 03 05 02 01 / 10 00 10 00", 0, replies(planarRecord(), 18));
+  describeMachineWithOneDotCommandSP();
   load();
-  query(kAllClasses);
+  query(allClasses());
 
   ExpectedCalls expected;
   Collected collected;
@@ -164,55 +162,8 @@ TEST_F(CollectionTest, MachineWithOneDotCommandSP) {
   expected.buildCommandLists();
   expected.counts("discoverSPs", 1);
 
-  expected.says("IsBMCMachine", false);
-  expected.log(3, "get DIMM info only from QLA");
-  expected.countComponents("04 03 05 0B 01", 2);
-  std::string request = expected.makeDotCommand("04 03 05 0B 01", "00 00 7F 00");
-  expected.sendDotCommand(request, 0, 0, 99);
-  collected.vpd.push_back(expected.dimm("", 1));
-  expected.destroy(request);
-  request = expected.makeDotCommand("04 03 05 0B 02", "00 00 7F 00");
-  expected.sendDotCommand(request, 99, 0, 0);
-  expected.log(3, "DIMM  2 VPD not populated.");
-  expected.destroy(request);
-
-  expected.countComponents("04 03 05 0C 01", 2);
-  request = expected.makeDotCommand("04 03 05 0C 01", "00 00 80 00");
-  expected.sendDotCommand(request, 0, 0, 55);
-  collected.vpd.push_back(expected.component({"Power Supply 1", ""}, "FRU-OF-PS001"));
-  expected.destroy(request);
-  request = expected.makeDotCommand("04 03 05 0C 02", "00 00 80 00");
-  expected.sendDotCommand(request, 55, 0, -1);
-  expected.componentMissing("Power Supply  2 VPD not available ");
-  expected.destroy(request);
-
-  expected.says("IsBMCMachine", false);
-  expected.log(3, "get power backplane info only from QLA");
-  request = expected.makeDotCommand("04 03 05 0D 01", "00 00 81 00");
-  expected.sendDotCommand(request, 55, 0, -1);
-  expected.componentMissing("power backplane VPD not available...trying alternate data set");
-  expected.destroy(request);
-  request = expected.makeDotCommand("04 03 05 0D 01", "00 00 80 00");
-  expected.sendDotCommand(request, 55, 0, 55);
-  collected.vpd.push_back(expected.component({"Power BackPlane", ""}, " "));
-  expected.destroy(request);
-
-  request = expected.makeDotCommand("04 03 05 03 01", "00 00 A0 00");
-  expected.sendDotCommand(request, 55, 0, 55);
-  collected.vpd.push_back(expected.component({"Processor Card", ""}, "FRU-OF-CARD1"));
-  expected.destroy(request);
-
-  expected.countComponents("04 03 05 0E 01", 1);
-  request = expected.makeDotCommand("04 03 05 0E 01", "00 00 70 00");
-  expected.sendDotCommand(request, 55, 0, 55);
-  collected.vpd.push_back(expected.component({"DASD BackPlane", ""}, "FRU-OF-DASD1"));
-  expected.destroy(request);
-
-  request = expected.makeDotCommand("04 03 05 02 01", "10 00 10 00");
-  expected.sendDotCommand(request, 55, 0, 18);
-  collected.vpd.push_back(expected.planar({"Planar", ""}));
-  expected.destroy(request);
-
+  expectDimmsAndPowerSupplies(expected, collected);
+  expectBackplanesAndBoards(expected, collected);
   collected.systemBios = expected.systemBios("7777", 1, false, true);
   publishAll(expected, collected);
   EXPECT_EQ(difference(takeTrace(), expected.lines()), "");
@@ -242,57 +193,29 @@ void expectNodeComponents(ExpectedCalls& expected, Collected& collected, int spI
   expected.says("IsIPMIDriversPresent", false);
   expected.log(3, "get DIMM info only from QLA");
   expected.countComponents(dimmPath, 1);
-  std::string request = expected.makeDotCommand(dimmPath, "00 00 7F 00");
-  expected.sendDotCommand(request, lengthBefore, spIndex, 99);
-  collected.vpd.push_back(expected.dimm(label, spIndex + 1));
-  expected.destroy(request);
+  expected.exchange(dimmPath, "00 00 7F 00", lengthBefore, spIndex, 99,
+                    [&] { collected.vpd.push_back(expected.dimm(label, spIndex + 1)); });
   expected.countComponents("04 03 05 0C 01", 0);
   expected.says("IsBMCMachine", true);
   expected.says("IsIPMIDriversPresent", false);
   expected.log(3, "get power backplane info only from QLA");
-  request = expected.makeDotCommand("04 03 05 0D 01", "00 00 81 00");
-  expected.sendDotCommand(request, 99, spIndex, -1);
-  expected.componentMissing("power backplane VPD not available...trying alternate data set");
-  expected.destroy(request);
-  request = expected.makeDotCommand("04 03 05 0D 01", "00 00 80 00");
-  expected.sendDotCommand(request, 99, spIndex, -1);
-  expected.componentMissing("Power backplane VPD not available");
-  expected.destroy(request);
-  request = expected.makeDotCommand("04 03 05 03 01", "00 00 A0 00");
-  expected.sendDotCommand(request, 99, spIndex, -1);
-  expected.componentMissing("Processor Card VPD not available");
-  expected.destroy(request);
+  const auto missing = [&](const std::string& path, const std::string& data, const char* entry) {
+    expected.exchange(path, data, 99, spIndex, -1, [&] { expected.componentMissing(entry); });
+  };
+  missing("04 03 05 0D 01", "00 00 81 00",
+          "power backplane VPD not available...trying alternate data set");
+  missing("04 03 05 0D 01", "00 00 80 00", "Power backplane VPD not available");
+  missing("04 03 05 03 01", "00 00 A0 00", "Processor Card VPD not available");
   expected.countComponents("04 03 05 0E 01", -1);
-  request = expected.makeDotCommand("04 03 05 02 01", "10 00 10 00");
-  expected.sendDotCommand(request, 99, spIndex, 18);
-  collected.vpd.push_back(expected.planar({label + ": Planar", label}));
-  expected.destroy(request);
+  expected.exchange("04 03 05 02 01", "10 00 10 00", 99, spIndex, 18, [&] {
+    collected.vpd.push_back(expected.planar({label + ": Planar", label}));
+  });
 }
 
 TEST_F(CollectionTest, MachineWithTwoNodes) {
-  state().machineType = "5010";
-  state().structures = {biosInformation()};
-  when("IsBMCMachine", returns(1));
-  when("IsIntegratedBMC", returns(1));
-  when("isDotcommand", returns(1));
-  when("checkSPComm", returns(1));
-  when("discoverSPs", returns(2));
-  when("GetNumberBMCNode", returns(2));
-  when("buildDotCommandList", returns(1));
-  when("getComponentdotCmdList", {"04 03 05 0B"}, returns(1));
-  when("getComponentdotCmdList", {"04 03 05 0C"}, returns(0));
-  for (const int spIndex : {0, 1}) {
-    whenSent("04 03 05 06 01", spIndex, replies(firmwareRecord("MAIN.BIN")));
-    whenSent("04 03 05 06 02", spIndex, replies(firmwareRecord("BOOT.BIN")));
-    whenSent("04 03 05 07", spIndex, replies({5}));
-    whenSent("04 03 05 01 01", spIndex, replies(spIndex == 0 ? zeros(69) : nodeRecord()));
-    whenSent("04 03 05 01", spIndex, replies(nodeRecord()));
-    whenSent("04 03 05 02 01 / 10 00 10 00", spIndex, replies(planarRecord(), 18));
-  }
-  whenSent("04 03 05 0B 01 / 00 00 7F 00", 0, replies(dimmRecord(), 99));
-  whenSent("04 03 05 0B 02 / 00 00 7F 00", 1, replies(dimmRecord(), 99));
+  describeMachineWithTwoNodes();
   load();
-  query(kAllClasses);
+  query(allClasses());
 
   ExpectedCalls expected;
   Collected collected;
@@ -333,18 +256,10 @@ TEST_F(CollectionTest, MachineWithTwoNodes) {
   EXPECT_EQ(difference(takeTrace(), expected.lines()), "");
 }
 
-// A BMC with IPMI drivers: another source describes the components, and the namespace is not asked.
 TEST_F(CollectionTest, MachineWithTamberSP) {
-  state().machineType = "4210";
-  state().structures = {oemStrings({kTorviksString.text}), biosInformation()};
-  when("IsBMCMachine", returns(1));
-  when("IsIPMIDriversPresent", returns(1));
-  when("isTamber", returns(1));
-  when("isTwgStop", returns(1));
-  when("isTvmlibrary", returns(1));
-  when("sendTamberCommand", replies(text("???1.47b", 8), 5));
+  describeMachineWithTamberSP();
   load();
-  query(kAllClasses);
+  query(allClasses());
 
   ExpectedCalls expected;
   Collected collected;
@@ -374,17 +289,10 @@ TEST_F(CollectionTest, MachineWithTamberSP) {
   EXPECT_EQ(difference(takeTrace(), expected.lines()), "");
 }
 
-// Two FRU instances, a keyboard, the cKVM device and one that is not looked at any more.
 TEST_F(CollectionTest, MachineWithcKVM) {
-  state().machineType = "3105";
-  state().structures = {biosInformation()};
-  state().published["KRXSG_IPMIFRU"] = {{}, {}};
-  for (const char* description : {"A keyboard", "Maker's cKVM unit", "never read"}) {
-    state().published["KRXSG_USBDevice"].push_back({{"Description", TCIMValue(description)}});
-  }
-  when("sendIPMICommand", replies(joined({{1, 0x20, 0x07, 0, 0, 9, 0, 0, 0}, text("1.2 (b)", 9)})));
+  describeMachineWithcKVM();
   load();
-  query(kAllClasses);
+  query(allClasses());
 
   ExpectedCalls expected;
   Collected collected;

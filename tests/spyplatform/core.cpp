@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// libvelcore.so once more: logs, exceptions, values and dates, the helpers and the plug-in manager's
-// handle.
+// libvelcore.so once more: logs, exceptions, values and dates, firmware texts and the plug-in
+// manager's handle.
 #include "tests/spyplatform/core.h"
 
 #include <boost/assert.hpp>

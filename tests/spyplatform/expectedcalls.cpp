@@ -397,6 +397,14 @@ void ExpectedCalls::buildCommandLists() {
   log(3, "1.1 command passed : got dotcommand list ");
 }
 
+void ExpectedCalls::exchange(const std::string& path, const std::string& data, int lengthBefore,
+                             int spIndex, int length, const std::function<void()>& handle) {
+  const std::string request = makeDotCommand(path, data);
+  sendDotCommand(request, lengthBefore, spIndex, length);
+  handle();
+  destroy(request);
+}
+
 void ExpectedCalls::countComponents(const std::string& path, int count) {
   call("getComponentdotCmdList(" + path +
        ", 5, 4096 bytes A0, then zeros; 4096 bytes A1, then zeros; 4096 bytes A2, then zeros) -> " +

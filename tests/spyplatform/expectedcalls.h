@@ -5,6 +5,7 @@
 // lines.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -98,6 +99,10 @@ class ExpectedCalls {
   void computerSystem(int index, int node, const std::string& description);
 
   void buildCommandLists();
+  // A component's request from its construction to its destruction, with what is done about the
+  // reply in between.
+  void exchange(const std::string& path, const std::string& data, int lengthBefore, int spIndex,
+                int length, const std::function<void()>& handle);
   void countComponents(const std::string& path, int count);
   std::string component(const ComponentNames& names, const std::string& fruNumber);
   std::string dimm(const std::string& nodeLabel, int number);

@@ -26,7 +26,9 @@ State& state() {
 }
 
 void reset() {
+  auto manager = std::move(state().pluginManager);
   state() = {};
+  state().pluginManager = std::move(manager);
   state().firstThread = std::this_thread::get_id();
 }
 
@@ -68,13 +70,17 @@ std::string describeBytes(const unsigned char* bytes, int count) {
 
 Call::Call(const std::string& operation, std::string line) : line_(std::move(line)) {
   if (state().muted) return;
+  state().operations.push_back(operation);
   std::function<void()> action;
   for (Rule& rule : state().rules) {
     if (!matches(rule, operation, line_)) continue;
     ++rule.seen;
     if (rule.nth != 0 && rule.nth != rule.seen) continue;
-    outcome_ = rule.outcome;
-    action = rule.action;
+    if (rule.action) {
+      action = rule.action;
+    } else {
+      outcome_ = rule.outcome;
+    }
   }
   if (action) action();
 }

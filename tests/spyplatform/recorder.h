@@ -51,7 +51,7 @@ struct Rule {
   std::vector<std::string> parts;  // all stand in the call's line
   Outcome outcome;
   int nth = 0;                   // only the nth of those calls, from 1; 0: each
-  std::function<void()> action;  // runs when the call is made
+  std::function<void()> action;  // runs when the call is made; such a rule has no outcome
   int seen = 0;
 };
 
@@ -69,8 +69,8 @@ struct Made {
   bool onStack;
 };
 struct Sent {
-  const unsigned char* reply;
-  const int* replyLength;
+  unsigned char* reply;
+  int* replyLength;
 };
 
 // All that the platform knows: one machine at a time.
@@ -83,6 +83,7 @@ struct State {
 
   // What happened.
   Trace trace;
+  std::vector<std::string> operations;  // the names of the calls
   std::vector<Made> made;
   std::vector<Sent> sent;
   NKRXVEL20::IPluginCallbacks* registered = nullptr;
@@ -96,7 +97,7 @@ struct State {
 
 VEL_API State& state();
 
-// Another machine; nothing has happened.
+// Another machine; nothing has happened. The plug-in manager stays.
 VEL_API void reset();
 
 // "dotCmd#3" for the third of its kind.

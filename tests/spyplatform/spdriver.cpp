@@ -33,8 +33,7 @@ std::string nameOf(const void* request) {
   return name == names().end() ? "a dead request" : name->second;
 }
 
-// Whether the object lies on the stack of the thread that runs.
-bool isOnStack(const void* object) {
+std::pair<const char*, const char*> stackOfThread() {
   pthread_attr_t attributes;
   void* start = nullptr;
   std::size_t size = 0;
@@ -42,8 +41,14 @@ bool isOnStack(const void* object) {
   pthread_attr_getstack(&attributes, &start, &size);
   pthread_attr_destroy(&attributes);
   const auto* const first = static_cast<const char*>(start);
-  return std::less_equal<>{}(first, static_cast<const char*>(object)) &&
-         std::less<>{}(static_cast<const char*>(object), first + size);
+  return {first, first + size};
+}
+
+// Whether the object lies on the stack of the thread that runs.
+bool isOnStack(const void* object) {
+  thread_local const std::pair<const char*, const char*> stack = stackOfThread();
+  return std::less_equal<>{}(stack.first, static_cast<const char*>(object)) &&
+         std::less<>{}(static_cast<const char*>(object), stack.second);
 }
 
 Bytes copied(const unsigned char* bytes, int count) {

@@ -85,6 +85,25 @@ Bytes dimmRecord() {
 
 Bytes planarRecord() { return joined({text("PSER06", 6), text("PLANAR-PART1", 12)}); }
 
+void when(const std::string& operation, const std::vector<std::string>& parts,
+          const Outcome& outcome, int nth) {
+  state().rules.push_back({operation, parts, outcome, nth, {}});
+}
+
+void when(const std::string& operation, const Outcome& outcome, int nth) {
+  when(operation, std::vector<std::string>{}, outcome, nth);
+}
+
+void whenSent(const std::string& request, int spIndex, const Outcome& outcome, int nth) {
+  when("sendDotCommand", {" " + request + ",", "SP " + std::to_string(spIndex) + ","}, outcome,
+       nth);
+}
+
+void whenever(const std::string& operation, const std::vector<std::string>& parts, int nth,
+              const std::function<void()>& action) {
+  state().rules.push_back({operation, parts, {}, nth, action});
+}
+
 std::string difference(const Trace& calls, const Trace& expected) {
   const auto [call, line] =
       std::mismatch(calls.begin(), calls.end(), expected.begin(), expected.end());
@@ -113,20 +132,6 @@ SpyTest::SpyTest() {
 }
 
 SpyTest::~SpyTest() = default;
-
-void SpyTest::when(const std::string& operation, const std::vector<std::string>& parts,
-                   const Outcome& outcome, int nth) {
-  state().rules.push_back({operation, parts, outcome, nth, {}});
-}
-
-void SpyTest::when(const std::string& operation, const Outcome& outcome, int nth) {
-  when(operation, std::vector<std::string>{}, outcome, nth);
-}
-
-void SpyTest::whenSent(const std::string& request, int spIndex, const Outcome& outcome, int nth) {
-  when("sendDotCommand", {" " + request + ",", "SP " + std::to_string(spIndex) + ","}, outcome,
-       nth);
-}
 
 void SpyTest::load() {
   plugin = std::make_unique<SPFirmwareVpd>();

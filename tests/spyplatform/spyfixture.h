@@ -32,6 +32,16 @@ Bytes componentRecord(const std::string& fruNumber);  // power supplies, backpla
 Bytes dimmRecord();
 Bytes planarRecord();
 
+// Rules for the calls to come. Of several for a call the last one counts.
+void when(const std::string& operation, const std::vector<std::string>& parts,
+          const Outcome& outcome, int nth = 0);
+void when(const std::string& operation, const Outcome& outcome, int nth = 0);
+// The SP's answer to "04 03 05 01", or with data to "04 03 05 0B 01 / 00 00 7F 00".
+void whenSent(const std::string& request, int spIndex, const Outcome& outcome, int nth = 0);
+// What happens besides, when a call is made.
+void whenever(const std::string& operation, const std::vector<std::string>& parts, int nth,
+              const std::function<void()>& action);
+
 // Where the calls differ first from the expected ones, with the lines before; empty when nowhere.
 std::string difference(const Trace& calls, const Trace& expected);
 
@@ -47,13 +57,6 @@ class SpyTest : public ::testing::Test {
   SpyTest& operator=(const SpyTest&) = delete;
 
  protected:
-  static void when(const std::string& operation, const std::vector<std::string>& parts,
-                   const Outcome& outcome, int nth = 0);
-  static void when(const std::string& operation, const Outcome& outcome, int nth = 0);
-  // The SP's answer to "04 03 05 01", or with data to "04 03 05 0B 01 / 00 00 7F 00".
-  static void whenSent(const std::string& request, int spIndex, const Outcome& outcome,
-                       int nth = 0);
-
   void load();  // a new object, after its Init
   // A request for the classes.
   void query(const std::vector<std::string>& classNames);
