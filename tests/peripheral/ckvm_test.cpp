@@ -3,8 +3,8 @@
 #include <limits>
 #include <stdexcept>
 
-#include "tests/peripheral/namespacespy.h"
 #include "tests/support/mocksplibrary.h"
+#include "tests/support/namespacespy.h"
 #include "tests/support/pluginfixture.h"
 
 namespace spfirmwarevpd::test {

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "tests/peripheral/namespacespy.h"
+#include "tests/support/namespacespy.h"
 #include "tests/support/pluginfixture.h"
 
 namespace spfirmwarevpd::test {

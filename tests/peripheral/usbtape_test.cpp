@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <stdexcept>
 
-#include "tests/peripheral/namespacespy.h"
+#include "tests/support/namespacespy.h"
 #include "tests/support/pluginfixture.h"
 #include "vel/exception.h"
 
