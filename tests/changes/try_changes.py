@@ -6,11 +6,14 @@ test saw it. A change that no test sees is a demand that nobody would miss.
     tests/changes/try_changes.py [-l] [-k TEXT] [FILE...]
 
 FILEs are lists of changes (default: all *.toml beside this script); -k takes those changes whose
-name contains TEXT; -l lists them. The work tree is left alone: a copy of what git has in HEAD, or
-stands uncommitted, is changed and built in build-changes/. Exit status: 0 when every change was
-seen, 1 when one was not, 2 when the tests fail without any change or a list is wrong.
+name contains TEXT; -l lists them. A change is a file, an old text that stands in it once, and the
+new text; further edits of the same change follow as [[change.more]]. The work tree is left alone: a
+copy of what git has in HEAD, or stands uncommitted, is changed and built in build-changes/. Exit
+status: 0 when every change was seen, 1 when one was not, 2 when the tests fail without any change
+or a list is wrong.
 """
 import argparse
+import contextlib
 import os
 import pathlib
 import shutil
@@ -68,16 +71,17 @@ def configure():
         raise Trouble(f"cmake: {result.stderr}")
 
 
-def build():
+def build(*targets):
     """None, or what the compiler said."""
-    result = run(["ninja", "-C", BUILD, *TARGETS])
+    result = run(["ninja", "-C", BUILD, *targets])
     return None if result.returncode == 0 else result.stdout
 
 
 def failures_of(program):
-    """The tests of a program that fail; the program itself when it ends otherwise."""
+    """The first test of a program that fails; the program itself when it ends otherwise."""
     try:
-        result = run([BUILD / "tests" / program, "--gtest_brief=1"], timeout=LONGEST_RUN)
+        result = run([BUILD / "tests" / program, "--gtest_brief=1", "--gtest_fail_fast"],
+                     timeout=LONGEST_RUN)
     except subprocess.TimeoutExpired:
         return [f"{program} (does not end)"]
     if result.returncode == 0:
@@ -87,19 +91,23 @@ def failures_of(program):
     return list(dict.fromkeys(name for name in named if "." in name)) or [f"{program} (crashes)"]
 
 
-def failing_tests():
-    return [test for program in TARGETS for test in failures_of(program)]
-
-
-def apply(change):
-    """Makes the change and returns how to take it back."""
-    path = TREE / change["file"]
+def edit(place, name):
+    """Makes one edit of a change and returns how to take it back."""
+    path = TREE / place["file"]
     text = path.read_text()
-    count = text.count(change["old"])
+    count = text.count(place["old"])
     if count != 1:
-        raise Trouble(f'{change["name"]}: {change["file"]} has the old text {count} times')
-    path.write_text(text.replace(change["old"], change["new"]))
+        raise Trouble(f'{name}: {place["file"]} has the old text {count} times')
+    path.write_text(text.replace(place["old"], place["new"]))
     return lambda: path.write_text(text)
+
+
+@contextlib.contextmanager
+def applied(change):
+    with contextlib.ExitStack() as undo:
+        for place in [change, *change.get("more", [])]:
+            undo.callback(edit(place, change["name"]))
+        yield
 
 
 def first_error(compiler_output):
@@ -108,12 +116,16 @@ def first_error(compiler_output):
 
 
 def seen_by(change):
-    undo = apply(change)
-    try:
-        complaint = build()
-        return [f"the compiler: {first_error(complaint)}"] if complaint else failing_tests()
-    finally:
-        undo()
+    """Up to the first program with a witness; the one of the changed folder is asked first."""
+    own = change["file"].split("/")[0] + "_tests"
+    with applied(change):
+        for program in sorted(TARGETS, key=lambda target: target != own):
+            complaint = build(program)
+            if complaint:
+                return [f"the compiler: {first_error(complaint)}"]
+            if failing := failures_of(program):
+                return failing
+    return []
 
 
 def try_all(changes):
@@ -141,8 +153,8 @@ def main():
     os.environ.setdefault("CCACHE_BASEDIR", str(TREE))
     copy_tree()
     configure()
-    complaint = build()
-    failing = [complaint] if complaint else failing_tests()
+    complaint = build(*TARGETS)
+    failing = [complaint] if complaint else [t for program in TARGETS for t in failures_of(program)]
     if failing:
         raise Trouble("the tests fail without any change: " + ", ".join(failing))
     return try_all(changes)
