@@ -3,22 +3,57 @@
 // The shared object itself, as a host meets it.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <boost/make_shared.hpp>
+#include <cstdio>
 #include <cstring>
 #include <regex>
 
 #include "tests/host/programrun.h"
+#include "vel/exception.h"
+#include "vel/export.h"
 #include "velhost/cimnamespace.h"
 #include "velhost/pluginloader.h"
 #include "velhost/rootobject.h"
 #include "velhost/smbios.h"
 #include "velhost/spdriver.h"
 
+namespace {
+
+constexpr char kInitialiserName[] = "_ZNSt8ios_base4InitC1Ev";  // std::ios_base::Init::Init()
+bool streamsInitialised = false;                                // NOLINT
+
+}  // namespace
+
+// Takes the place of the standard library's initialiser of the streams, so that it is seen when a
+// unit that is loaded calls it.
+VEL_API void initialiseStreams(void* object) asm("_ZNSt8ios_base4InitC1Ev");
+
+void initialiseStreams(void* object) {
+  streamsInitialised = true;
+  reinterpret_cast<void (*)(void*)>(dlsym(RTLD_NEXT, kInitialiserName))(object);
+}
+
 namespace spfirmwarevpd::test {
 namespace {
 
 using namespace NKRXVEL20;
+
+// Loads the shared object where it finds no plug-in manager, and ends the process, as the system's
+// loader keeps such an object mapped. Says what came out, and whether the streams were ready by then.
+[[noreturn]] void loadWithoutAManager() {
+  void* (*volatile open)(const char*, int) = dlopen;  // dlopen itself is declared as never throwing
+  host::setPluginManager(nullptr);
+  streamsInitialised = false;
+  try {
+    open(PLUGIN_FILE, RTLD_NOW);
+    std::fputs("nothing", stderr);
+  } catch (const TVELException& error) {
+    std::fprintf(stderr, "%d %s", error.GetCode(), error.what());
+  }
+  _exit(streamsInitialised ? 0 : 1);
+}
 
 bool isLoaded() {
   void* const handle = dlopen(PLUGIN_FILE, RTLD_NOW | RTLD_NOLOAD);
@@ -62,6 +97,15 @@ TEST(SharedObjectTest, PrepareForUnloadOfANullObjectDoesNothing) {
   std::memcpy(&prepareForUnload, table + kSlot * sizeof prepareForUnload, sizeof prepareForUnload);
   prepareForUnload(nullptr);
   EXPECT_EQ(plugin->callbacks().GetName(), "SPFirmwareVPD");
+}
+
+TEST(SharedObjectTest, ExceptionOfTheConstructorComesOutOfTheLoad) {
+  EXPECT_EXIT(
+      loadWithoutAManager(), [](int) { return true; }, "^1 .*px != 0");
+}
+
+TEST(SharedObjectTest, StreamsAreReadyWhenTheObjectRegisters) {
+  EXPECT_EXIT(loadWithoutAManager(), ::testing::ExitedWithCode(0), "");
 }
 
 TEST(SharedObjectTest, HoldsTheOperationOfEveryCollector) {
