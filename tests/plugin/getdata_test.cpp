@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <gmock/gmock.h>
+
 #include <algorithm>
+#include <stdexcept>
 
 #include "tests/support/pluginfixture.h"
 #include "vel/exception.h"
@@ -10,6 +13,29 @@ namespace {
 using namespace NKRXVEL20;
 
 constexpr char kNoFru[] = "spfirmwarevpd: There is no KRXSG_IPMIFRU instance.";
+
+class MockClass : public ICIMClass {
+ public:
+  MOCK_METHOD(const std::string&, GetName, (const TCIMValueMap&), (const, override));
+  MOCK_METHOD(void, GetInstances,
+              (const boost::function<bool(boost::shared_ptr<ICIMInstance>)>&, bool,
+               const TCIMValueMap&),
+              (override));
+  MOCK_METHOD(boost::shared_ptr<ICIMInstance>, CreateInstance, (), (override));
+};
+
+class MockInstance : public ICIMInstance {
+ public:
+  MOCK_METHOD(boost::shared_ptr<ICIMProperty>, GetProperty,
+              (const std::string&, const TCIMValueMap&), (override));
+  MOCK_METHOD(void, SetProperty, (const std::string&, const TCIMValue&, const TCIMValueMap&),
+              (override));
+  MOCK_METHOD(void, AddToClass, (TCIMValueMap), (override));
+};
+
+using ::testing::IsEmpty;
+using ::testing::ReturnRef;
+using ::testing::StrictMock;
 
 class GetDataTest : public PluginTest {
  protected:
@@ -163,11 +189,51 @@ TEST_F(GetDataTest, ExceptionOutOfTheCollectionMakesTheNextRequestCollectAgain) 
   EXPECT_EQ(count(log, kNoFru), 0U);  // the probe is not repeated
 }
 
-TEST_F(GetDataTest, BeforeInitAnyNamedClassButTheTapesIsRefused) {
-  for (auto& name : plugin.classNames) name.clear();
-  EXPECT_EQ(requestCode({"KRXSG_Vpd"}), 2);
-  EXPECT_EQ(requestCode({"KRXSG_SystemBIOS"}), 2);
-  EXPECT_EQ(requestCode({"KRXSG_USBTapeFirmwareElement"}), -1);
+class UninitializedTest : public PluginTest {
+ protected:
+  int requestCode(const std::string& name) {
+    const auto cimClass = boost::make_shared<StrictMock<MockClass>>();
+    EXPECT_CALL(*cimClass, GetName(IsEmpty())).WillOnce(ReturnRef(name));
+    std::vector<boost::shared_ptr<ICIMClass>> classes = {cimClass};
+    try {
+      plugin.GetData(ns, classes);
+      return -1;
+    } catch (const TVELException& e) {
+      return e.GetCode();
+    }
+  }
+};
+
+TEST_F(UninitializedTest, AnyNamedClassButTheTapesIsRefused) {
+  EXPECT_EQ(requestCode("KRXSG_Vpd"), 2);
+  EXPECT_EQ(requestCode("KRXSG_SystemBIOS"), 2);
+  EXPECT_EQ(requestCode("KRXSG_USBTapeFirmwareElement"), -1);
+}
+
+TEST_F(UninitializedTest, CollectsAllTheSame) {
+  EXPECT_EQ(requestCode("KRXSG_Vpd"), 2);
+  EXPECT_TRUE(plugin.ipmiFruProbed);
+  EXPECT_TRUE(plugin.dataGathered);
+}
+
+// All class names are empty then: the first one matches.
+TEST_F(UninitializedTest, EmptyNameIsTheFirstClass) {
+  const auto first = boost::make_shared<StrictMock<MockInstance>>();
+  EXPECT_CALL(*first, AddToClass(IsEmpty()));
+  plugin.diagnosticVpdInstances = {first};
+  plugin.postBiosVpdInstances = {boost::make_shared<StrictMock<MockInstance>>()};
+  EXPECT_EQ(requestCode(""), -1);
+}
+
+TEST_F(GetDataTest, ClassAndInstanceAreCalledWithEmptyMaps) {
+  const std::string name = "KRXSG_Vpd";
+  const auto cimClass = boost::make_shared<StrictMock<MockClass>>();
+  const auto published = boost::make_shared<StrictMock<MockInstance>>();
+  EXPECT_CALL(*cimClass, GetName(IsEmpty())).WillOnce(ReturnRef(name));
+  EXPECT_CALL(*published, AddToClass(IsEmpty()));
+  plugin.vpdInstances = {published};
+  std::vector<boost::shared_ptr<ICIMClass>> classes = {cimClass};
+  plugin.GetData(ns, classes);
 }
 
 TEST_F(GetDataTest, RetrieveInstancesIgnoresNamesWithoutAList) {
@@ -232,6 +298,21 @@ TEST_F(cKVMCollectionTest, LevelOfSkippedBytesOnlyGivesTwoInstances) {
   const Properties emptyLevel = {"SoftwareElementID=cKVM", "SoftwareElementState=3",
                                  "TargetOperatingSystem=66", "Version=", "FirmwareVersion="};
   EXPECT_EQ(takePublished(), (Rows{{"KRXSG_cKVM", emptyLevel}, {"KRXSG_cKVM", kFallbackLevel}}));
+}
+
+TEST_F(cKVMCollectionTest, ForeignExceptionOfTheProbeLeavesTheCollectionDone) {
+  useSmbios({oemStrings({"KRX Diagnostics 1.02"})});
+  useFaults({{.operation = host::CimOperation::kGetClass,
+              .className = "KRXSG_USBDevice",
+              .propertyName = {},
+              .nth = std::nullopt,
+              .throwsRuntimeError = true}});
+  EXPECT_THROW(request({}), std::runtime_error);
+  EXPECT_TRUE(plugin.dataGathered);
+  takeLog();
+  request({"KRXSG_DiagnosticVPD"});
+  EXPECT_EQ(takePublished().size(), 1U);
+  EXPECT_EQ(log, Log{});
 }
 
 TEST_F(cKVMCollectionTest, FailedInstanceOfAReadLevelGetsNoSecondAttempt) {
