@@ -2,8 +2,11 @@
 #include "plugin/collectiondriver.h"
 
 #include <map>
+#include <stdexcept>
 
+#include "tests/support/mocksplibrary.h"
 #include "tests/support/pluginfixture.h"
+#include "vel/exception.h"
 
 namespace spfirmwarevpd::test {
 namespace {
@@ -173,16 +176,113 @@ INSTANTIATE_TEST_SUITE_P(
                    8,
                    {kDiagsFailed, kSPFailed, kBiosFailed, kNoSP}}));
 
-TEST_F(PluginTest, CollectorExceptionLeavesTheDriverAtOnce) {
+// An exception out of the last collector that a kind of machine runs: it was not caught on the way.
+struct ExceptionCase {
+  const char* what;
+  Machine machine;
   std::vector<Collector> ran;
-  EXPECT_THROW(driveCollection(*sp(),
-                               [&](Collector collector) -> TVELStatusCode {
-                                 ran.push_back(collector);
-                                 throw std::runtime_error("collector");
-                               }),
-               std::runtime_error);
-  EXPECT_EQ(ran, std::vector<Collector>{kDiagnostics});
-  EXPECT_EQ(log, Log{});
+  Log log;
+};
+
+class CollectorExceptionTest : public PluginTest {
+ protected:
+  // Runs the driver and throws `exception` out of the collector at `index`.
+  template <typename Exception>
+  void driveUpTo(const ExceptionCase& c, std::size_t index, const Exception& exception) {
+    SimulatedSP description;
+    description.kind = c.machine.kind;
+    description.answers = c.machine.answers;
+    useSP(description);
+    log.clear();
+    std::vector<Collector> ran;
+    const auto throwAtIndex = [&](Collector collector) -> TVELStatusCode {
+      ran.push_back(collector);
+      if (ran.size() == index + 1) throw exception;
+      return {};
+    };
+    EXPECT_THROW(driveCollection(*sp(), throwAtIndex), Exception) << c.what << " " << index;
+    EXPECT_EQ(ran, std::vector<Collector>(c.ran.begin(),
+                                          c.ran.begin() + static_cast<std::ptrdiff_t>(index) + 1))
+        << c.what << " " << index;
+    EXPECT_EQ(log, c.log) << c.what << " " << index;
+  }
+};
+
+TEST_F(CollectorExceptionTest, LeavesTheDriverAtOnce) {
+  const ExceptionCase cases[] = {
+      {"dot commands",
+       {Kind::kDotCommand},
+       {kSPFirmwareVpd, kComponentVpd, kSystemBios},
+       {kReading}},
+      {"silent SP", {Kind::kDotCommand, false}, kFallBack, {kSilent}},
+      {"Tamber", {Kind::kTamber}, {kTamberFirmware, kDiagnostics, kSystemBios}, {kReadingTamber}},
+      {"no SP", {Kind::kNone}, kFallBack, {}},
+  };
+  for (const ExceptionCase& c : cases) {
+    for (std::size_t index = 0; index < c.ran.size(); ++index) {
+      driveUpTo(c, index, std::runtime_error("collector"));
+      driveUpTo(c, index, TVELException(kErrorAssertion));
+    }
+  }
+}
+
+// What the driver asks the SP library, in this order and nothing else.
+class SPKindTest : public ::testing::Test {
+ protected:
+  static TVELStatusCode succeed(Collector) { return {}; }
+
+  ::testing::StrictMock<MockSPLibrary> spLibrary;
+  ::testing::InSequence sequence;
+};
+
+using ::testing::Return;
+
+TEST_F(SPKindTest, DotCommandsAreAskedForBeforeTamber) {
+  EXPECT_CALL(spLibrary, isDotcommand).WillOnce(Return(true));
+  EXPECT_CALL(spLibrary, checkSPComm).WillOnce(Return(true));
+  EXPECT_EQ(driveCollection(spLibrary, succeed).status, 0);
+}
+
+TEST_F(SPKindTest, TamberIsAskedForWhenThereAreNoDotCommands) {
+  EXPECT_CALL(spLibrary, isDotcommand).WillOnce(Return(false));
+  EXPECT_CALL(spLibrary, isTamber).WillOnce(Return(true));
+  EXPECT_CALL(spLibrary, isTwgStop).WillOnce(Return(false));
+  EXPECT_CALL(spLibrary, isTvmlibrary).WillOnce(Return(false));
+  EXPECT_EQ(driveCollection(spLibrary, succeed).status, 0);
+}
+
+TEST_F(SPKindTest, NothingElseIsAskedWithoutAnSP) {
+  EXPECT_CALL(spLibrary, isDotcommand).WillOnce(Return(false));
+  EXPECT_CALL(spLibrary, isTamber).WillOnce(Return(false));
+  EXPECT_EQ(driveCollection(spLibrary, succeed).status, 0);
+}
+
+class GatherSPDataTest : public PluginTest {};
+
+TEST_F(GatherSPDataTest, StatusOfTheDriverIsPassedOn) {
+  SimulatedSP silent = dotCommandSP();
+  silent.answers = false;
+  const struct {
+    const char* what;
+    SimulatedSP sp;
+    bool smbiosOpens;
+    int status;
+  } cases[] = {
+      {"no SP", {}, true, 0},
+      {"no SP, and SMBIOS does not open", {}, false, 3},
+      {"silent SP", silent, true, 3},
+  };
+  for (const auto& c : cases) {
+    useSP(c.sp);
+    useSmbios({}, 5, c.smbiosOpens ? 0 : 1);
+    EXPECT_EQ(plugin.gatherSPdata(ns).status, c.status) << c.what;
+  }
+}
+
+// The handle is used without a test for null: a missing driver is not taken for a missing SP.
+TEST_F(GatherSPDataTest, NullLibraryIsUsedAllTheSame) {
+  host::setSPLibrary(nullptr);
+  EXPECT_DEATH(plugin.gatherSPdata(ns), "");
 }
 
 }  // namespace
