@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 
+#include "tests/support/mocksplibrary.h"
 #include "tests/support/pluginfixture.h"
 
 namespace spfirmwarevpd::test {
 namespace {
 
+using NKRXVEL20::dotCmd;
 using ClassRecord = SPFirmwareVpd::ClassRecord;
 using Records = std::vector<ClassRecord>;
 
@@ -303,6 +305,22 @@ TEST_F(ParseVpdTest, SecondSendOfACommandMaySucceed) {
   EXPECT_EQ(count(kFailedTwice), 0);
 }
 
+// What stands behind the class name is the next command: the line is used up from its front.
+TEST_F(ParseVpdTest, DoubleFailureGoesOnWithTheRestOfItsLine) {
+  plugin.spCommandTable = {"d|1|9|KRXSG_Test|d|1|8|KRXSG_Rest|", "b|1|Number|", "b|1|Level|"};
+  SimulatedSP description = dotCommandSP();
+  answer(description, {8}, {5, 6});
+  EXPECT_EQ(parse(description), (Records{{{"KRXSG_Rest",
+                                           {{"Level", "6"},
+                                            {"Number", "5"},
+                                            {"SoftwareElementID", "1"},
+                                            {"SoftwareElementState", ""},
+                                            {"SourceNode", "1"},
+                                            {"TargetOperatingSystem", ""}}}}}));
+  EXPECT_EQ(takeTraffic(),
+            (std::vector<std::string>{"09 to SP 0 failed", "09 to SP 0 failed", "08 to SP 0"}));
+}
+
 TEST_F(ParseVpdTest, DoubleFailureSendsAnEmptyCommandForEachRemainingLine) {
   plugin.loadSPCommands();
   SimulatedSP description = dotCommandSP(2);
@@ -386,6 +404,101 @@ TEST_F(ParseVpdTest, CommandLineWithTooFewBytesLeavesThemZero) {
   answer(description, {9, 0, 0}, {5});
   EXPECT_EQ(parse(description).size(), 1U);
   EXPECT_EQ(takeTraffic(), (std::vector<std::string>{"090000 to SP 0"}));
+}
+
+// A line without a bar has no type of its own: no field at the head of a group, whatever the fields
+// of the SP before were.
+TEST_F(ParseVpdTest, FieldTypeDoesNotOutliveItsGroup) {
+  plugin.spCommandTable = {"d|1|9|KRXSG_Test|", "no bar", "b|1|Number|"};
+  SimulatedSP description = dotCommandSP(2);
+  for (const int spIndex : {0, 1}) {
+    answer(description, {9}, {5}, spIndex);
+    answer(description, {}, {6}, spIndex);  // the line without a bar, taken for a command
+  }
+  const auto record = [](const char* className, const char* node,
+                         SPFirmwareVpd::PropertyMap more) -> ClassRecord {
+    more.insert({{"SoftwareElementID", node},
+                 {"SoftwareElementState", ""},
+                 {"SourceNode", node},
+                 {"TargetOperatingSystem", ""}});
+    return {{className, more}};
+  };
+  EXPECT_EQ(parse(description),
+            (Records{record("KRXSG_Test", "1", {}), record("", "1", {{"Number", "6"}}),
+                     record("KRXSG_Test", "2", {}), record("", "2", {{"Number", "6"}})}));
+}
+
+// A command line is read as a field too before it ends its group: its count is the length that a
+// field without one takes over.
+TEST_F(ParseVpdTest, FieldLengthOutlivesItsGroup) {
+  plugin.spCommandTable = {"d|1|9|KRXSG_Test|", "r|3|Reserved|", "d|2|8|7|KRXSG_Other|", "r|",
+                           "b|1|Number|"};
+  SimulatedSP description = dotCommandSP();
+  answer(description, {9}, {1});
+  answer(description, {8, 7}, {10, 11, 12, 13});
+  EXPECT_EQ(parse(description).at(1).at("KRXSG_Other").at("Number"), "12");
+}
+
+// An SP library that leaves its mark at each send, where the next one must not find it.
+class ParseVpdSendTest : public ParseVpdTest {
+ protected:
+  struct Send {
+    dotCmd* request;
+    unsigned char* reply;
+    int* replyLength;
+    int spIndex;
+    int bufferSize;
+    int type;             // and what they held before
+    std::ptrdiff_t used;  // bytes of the reply that are not zero
+    int length;
+  };
+
+  ParseVpdSendTest() {
+    plugin.spCommandTable = {"d|1|9|KRXSG_Test|", "b|1|Number|", "d|1|8|KRXSG_Other|",
+                             "b|1|Number|"};
+    ON_CALL(library, sendDotCommand)
+        .WillByDefault([this](dotCmd* request, unsigned char* reply, int* length, int spIndex,
+                              int size) {
+          const auto used = size - std::count(reply, reply + size, 0);
+          sends.push_back({request, reply, length, spIndex, size, request->type, used, *length});
+          std::fill_n(reply, size, static_cast<unsigned char>(0xAA));
+          *length = 77;
+          request->type = 7;
+          return sends.size() > failures;
+        });
+  }
+
+  ::testing::NiceMock<MockSPLibrary> library;
+  std::vector<Send> sends;
+  std::size_t failures = 0;  // the first sends, which fail
+};
+
+TEST_F(ParseVpdSendTest, EveryCommandFindsAClearBufferAndLengthZero) {
+  EXPECT_CALL(library, discoverSPs).WillOnce(::testing::Return(2));  // once for all of them
+  plugin.getParseVPD(&library, ns);
+  ASSERT_EQ(sends.size(), 4U);
+  for (std::size_t i = 0; i < sends.size(); ++i) {
+    EXPECT_EQ(sends[i].used, 0) << i;
+    EXPECT_EQ(sends[i].length, 0) << i;
+    EXPECT_EQ(sends[i].bufferSize, 2048) << i;
+    EXPECT_EQ(sends[i].spIndex, i / 2) << i;
+    EXPECT_EQ(sends[i].type, 2) << i;
+  }
+}
+
+TEST_F(ParseVpdSendTest, SecondSendHasTheArgumentsOfTheFirstAsThatLeftThem) {
+  failures = 1;
+  EXPECT_CALL(library, discoverSPs).WillOnce(::testing::Return(1));
+  plugin.getParseVPD(&library, ns);
+  ASSERT_EQ(sends.size(), 3U);
+  EXPECT_EQ(sends[1].request, sends[0].request);
+  EXPECT_EQ(sends[1].reply, sends[0].reply);
+  EXPECT_EQ(sends[1].replyLength, sends[0].replyLength);
+  EXPECT_EQ(sends[1].spIndex, sends[0].spIndex);
+  EXPECT_EQ(sends[1].bufferSize, 2048);
+  EXPECT_EQ(sends[1].type, 7);
+  EXPECT_EQ(sends[1].used, 2048);
+  EXPECT_EQ(sends[1].length, 77);
 }
 
 }  // namespace
