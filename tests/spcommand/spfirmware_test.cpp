@@ -71,6 +71,16 @@ TEST_F(SPFirmwareTest, BrennaPublishesAnyOtherBuildBehindANoticeAtSeverity100) {
                  {100, "QLA will be shows in the logs, even if no QLA present in the system."}}));
 }
 
+TEST_F(SPFirmwareTest, MachineTypesAreComparedWhole) {
+  for (const char* machine : {"", "4", "421", "210", "42100", "14210", "4210 4215", "4215X"}) {
+    plugin.machineType = machine;
+    plugin.spromMainInstances.clear();
+    EXPECT_EQ(plugin.createSPFirmwareInstance(ns, kQuellon, "QuellonZPXN42BQD1", "2").status, 0);
+    EXPECT_EQ(plugin.spromMainInstances.size(), 1U) << machine;
+    EXPECT_EQ(takeLog(), Log{}) << machine;
+  }
+}
+
 TEST_F(SPFirmwareTest, TemporaryVersionIsNineCharactersFromTheSecondBehindTheHyphen) {
   plugin.machineType = "4215";
   const struct {
@@ -100,6 +110,7 @@ TEST_F(SPFirmwareTest, HyphenAtTheEndRaisesOutOfRange) {
   } catch (const std::out_of_range& e) {
     EXPECT_NE(std::string(e.what()).find("basic_string::substr"), std::string::npos) << e.what();
   }
+  EXPECT_EQ(log, (Log{{3, "This machine is a Brenna."}}));  // said before the version is cut
 }
 
 TEST_F(SPFirmwareTest, EachRefusalIsLoggedAndDropsTheInstance) {
