@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "plugin/ciminstance.h"
 
+#include <functional>
+
 #include "plugin/textfields.h"
+#include "tests/support/nullhandles.h"
 #include "tests/support/pluginfixture.h"
 #include "vel/exception.h"
 
@@ -9,12 +12,6 @@ namespace spfirmwarevpd::test {
 namespace {
 
 using namespace NKRXVEL20;
-
-// A framework that hands out null handles where it should hand out objects.
-class NullClassNamespace : public ICIMNamespace {
- public:
-  boost::shared_ptr<ICIMClass> GetClass(const std::string&, TCIMValueMap) override { return {}; }
-};
 
 class CimInstanceTest : public PluginTest {};
 
@@ -40,18 +37,83 @@ TEST_F(CimInstanceTest, EveryRefusalToCreateIsLoggedWithItsSubject) {
   }
 }
 
+// A null instance is refused where its first property is set, not where it is created.
+TEST_F(CimInstanceTest, NullInstanceIsHandedOutAndRefusedAtItsFirstProperty) {
+  const auto instance =
+      createInstance(boost::make_shared<NullInstanceNamespace>(), "KRXSG_Vpd", "not logged");
+  ASSERT_TRUE(instance.has_value());
+  EXPECT_EQ(*instance, nullptr);
+  EXPECT_EQ(log, Log{});
+  EXPECT_FALSE(setProperty(*instance, "Name", TCIMValue("n"), {"Error adding ", "Name"}));
+  EXPECT_EQ(takeLog(), (Log{{0, "Error adding Name"}}));
+  const PropertyRow rows[] = {{"Name", TCIMValue("n"), "first"},
+                              {"Vendor", TCIMValue("v"), "second"}};
+  EXPECT_FALSE(setProperties(*instance, rows));
+  EXPECT_EQ(takeLog(), (Log{{0, "first"}}));
+  const TextField fields[] = {{"Name", 0, 1, "first field"}, {"Vendor", 0, 1, "second field"}};
+  EXPECT_FALSE(setTextFields(*instance, fields, Bytes{'N'}));
+  EXPECT_EQ(takeLog(), (Log{{0, "first field"}}));
+}
+
+std::string thrownBy(const std::function<void()>& call) {
+  try {
+    call();
+    return "nothing";
+  } catch (const TVELException&) {
+    return "TVELException";
+  } catch (const std::exception&) {
+    return "another exception";
+  }
+}
+
 TEST_F(CimInstanceTest, OtherExceptionsPass) {
-  useFaults({{.operation = host::CimOperation::kCreateInstance,
-              .className = {},
-              .propertyName = {},
-              .nth = std::nullopt,
-              .throwsRuntimeError = true},
-             {.operation = host::CimOperation::kSetProperty,
-              .className = {},
-              .propertyName = {},
-              .nth = std::nullopt,
-              .throwsRuntimeError = true}});
-  EXPECT_THROW(createInstance(ns, "KRXSG_Vpd", "text"), std::runtime_error);
+  using host::CimOperation;
+  const auto create = [&] { return createInstance(ns, "KRXSG_Vpd", "text"); };
+  const PropertyRow rows[] = {{"Name", TCIMValue("n"), "row"}};
+  const TextField fields[] = {{"Name", 0, 1, "field"}};
+  const Bytes record = {'N'};
+  const struct {
+    const char* what;
+    CimOperation operation;
+    std::function<void()> call;
+  } cases[] = {
+      {"class lookup", CimOperation::kGetClass, create},
+      {"creation", CimOperation::kCreateInstance, create},
+      {"property", CimOperation::kSetProperty,
+       [&] { setProperty(create().value(), "Name", TCIMValue("n"), "property"); }},
+      {"rows", CimOperation::kSetProperty, [&] { setProperties(create().value(), rows); }},
+      {"fields", CimOperation::kSetProperty,
+       [&] { setTextFields(create().value(), fields, record); }},
+      {"lookup before the enumeration", CimOperation::kGetClass,
+       [&] { enumerateInstances(ns, "KRXSG_IPMIFRU", {}); }},
+      {"enumeration", CimOperation::kEnumerateInstances,
+       [&] { enumerateInstances(ns, "KRXSG_IPMIFRU", {}); }},
+  };
+  for (const auto& c : cases) {
+    useFaults({{.operation = c.operation,
+                .className = {},
+                .propertyName = {},
+                .nth = std::nullopt,
+                .throwsRuntimeError = true}});
+    EXPECT_EQ(thrownBy(c.call), "another exception") << c.what;
+    EXPECT_EQ(log, Log{}) << c.what;
+  }
+}
+
+// Each caller decides what it catches.
+TEST_F(CimInstanceTest, EnumerationPassesTheFrameworksOwnException) {
+  const struct {
+    const char* what;
+    NamespaceHandle ns;
+  } cases[] = {
+      {"class not there", boost::make_shared<host::CimNamespace>(
+                              std::vector<std::string>{"KRXSG_IPMIFRU"}, std::vector<Fault>{})},
+      {"null class", boost::make_shared<NullClassNamespace>()},
+      {"null namespace", nullptr},
+  };
+  for (const auto& c : cases) {
+    EXPECT_THROW(enumerateInstances(c.ns, "KRXSG_IPMIFRU", {}), TVELException) << c.what;
+  }
   EXPECT_EQ(log, Log{});
 }
 
