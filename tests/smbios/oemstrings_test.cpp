@@ -85,6 +85,11 @@ TEST_F(OemStringsTest, StringsPastTheFirst1024BytesAreNotReached) {
                                                   {std::string(99, 'b'), std::string(99, 'b')}}));
 }
 
+TEST_F(OemStringsTest, StringIsCutBehindByte1024OfItsSet) {
+  // 1,020 bytes and a zero, then the last three bytes of the window and one behind it.
+  EXPECT_EQ(read({oemStrings({std::string(1020, ' '), "XYZW"})}), (Entries{{"XYZ", "XYZ"}}));
+}
+
 TEST_F(OemStringsTest, WithoutAType11StructureTheTableStaysEmpty) {
   EXPECT_EQ(read({}), Entries{});
   EXPECT_EQ(log, (Log{{3, kEntering}, {3, kFirst}, {3, kAllRead}, {3, kExiting}}));

@@ -13,6 +13,7 @@ namespace {
 
 // The library that the next load opens.
 struct ScriptedLibrary {
+  int loadStatus = 0;
   bool givesHandle = true;
   int size = -1;  // what a read leaves in the caller's size; -1: as it was
   std::vector<int> statuses;
@@ -44,7 +45,7 @@ int smBiosLoad(TPluginManagerProvider* provider, TSmBiosHandle** handle) {
   static TSmBiosHandle open;
   library.calls.emplace_back(provider == nullptr ? "load" : "load with a provider");
   *handle = library.givesHandle ? &open : nullptr;
-  return 0;
+  return library.loadStatus;
 }
 
 int smBiosGetFirst(TSmBiosHandle*, int type, unsigned char* buffer, int* size) {
@@ -115,6 +116,17 @@ TEST_F(SmbiosWalkTest, NullHandleEndsTheSystemBiosOfACallowayWhichIsClosedAllThe
                        "'System BIOS'."},
                       {3, "Exiting SPFirmwareVpd::getBIOSstructure()"}}));
   EXPECT_EQ(library.calls, (std::vector<std::string>{"load", "close of null"}));
+}
+
+TEST_F(SmbiosWalkTest, LibraryThatDoesNotOpenIsNeitherReadNorClosed) {
+  for (const bool givesHandle : {false, true}) {
+    library = {};
+    library.loadStatus = 12;
+    library.givesHandle = givesHandle;
+    EXPECT_EQ(plugin.getType11().status, 3) << givesHandle;
+    EXPECT_EQ(plugin.getBIOSstructure(sp(), ns).status, 3) << givesHandle;
+    EXPECT_EQ(library.calls, (std::vector<std::string>{"load", "load"})) << givesHandle;
+  }
 }
 
 TEST_F(SmbiosWalkTest, LibraryIsAskedForTheFirstThenTheNextAndClosed) {
