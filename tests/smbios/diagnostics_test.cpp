@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
+#include <stdexcept>
 
+#include "tests/support/mocksplibrary.h"
+#include "tests/support/nullhandles.h"
 #include "tests/support/pluginfixture.h"
 
 namespace spfirmwarevpd::test {
@@ -9,6 +12,8 @@ namespace {
 using namespace NKRXVEL20;
 
 const Bytes kCommand = {4, 3, 5, 1, 1};
+
+constexpr int kBufferSize = 2048;
 
 constexpr char kEntering[] = "Entering  SPFirmwareVpd::createDiagInstance";
 constexpr char kLeaving[] = "Leaving  SPFirmwareVpd::createDiagInstance";
@@ -188,6 +193,15 @@ TEST_F(NodeDiagnosticsTest, EveryListedMachineTypeIsAsked) {
   }
 }
 
+TEST_F(NodeDiagnosticsTest, MachineTypeThatOnlyHoldsAListedOneIsNotAsked) {
+  for (const char* machine : {"50101", "15010", "5050AC1", " 5010", "501", ""}) {
+    plugin.machineType = machine;
+    useNodes(2);
+    EXPECT_EQ(collect(), std::vector<Properties>{}) << machine;
+    EXPECT_EQ(takeTraffic(), std::vector<std::string>{}) << machine;
+  }
+}
+
 TEST_F(NodeDiagnosticsTest, SilentSPIsNotAsked) {
   SimulatedSP description = dotCommandSP(2);
   description.answers = false;
@@ -259,6 +273,135 @@ TEST_F(NodeDiagnosticsTest, EachRefusalIsLoggedAndEndsTheNodes) {
     EXPECT_TRUE(plugin.diagnosticVpdInstances.empty()) << c.property;
     EXPECT_EQ(takeTraffic().size(), 1U) << c.property;
   }
+}
+
+TEST_F(NodeDiagnosticsTest, EveryEndWithoutARefusalIsANormalOne) {
+  SimulatedSP silent = dotCommandSP(2);
+  silent.answers = false;
+  SimulatedSP half = dotCommandSP(2);
+  answer(half, kCommand, reply(), 1);
+  const struct {
+    const char* what;
+    SimulatedSP sp;
+    std::size_t instances;
+  } cases[] = {
+      {"no SP", {}, 0},
+      {"silent SP", silent, 0},
+      {"one SP", dotCommandSP(1), 0},
+      {"negative number of SPs", dotCommandSP(-1), 0},
+      {"no node with a record", dotCommandSP(2), 0},
+      {"one node with a record", half, 1},
+  };
+  for (const auto& c : cases) {
+    useSP(c.sp);
+    plugin.diagnosticVpdInstances.clear();
+    EXPECT_EQ(plugin.createDiagInstanceBasedOnDotCommand(ns, sp()).status, 0) << c.what;
+    EXPECT_EQ(plugin.diagnosticVpdInstances.size(), c.instances) << c.what;
+    EXPECT_EQ(log, Log{}) << c.what;
+  }
+}
+
+TEST_F(NodeDiagnosticsTest, NothingOfAnEarlierNodeShowsInALaterOne) {
+  SimulatedSP description = dotCommandSP(2);
+  answer(description, kCommand, reply(), 0);
+  answer(description, kCommand, text("HD", 2), 1);
+  useSP(description);
+  EXPECT_EQ(collect(),
+            (std::vector<Properties>{
+                node("1"),
+                {"Header=HD", "Signature=", "Length=", "BuildNumber=", "SerialNumber=", "UniqueID=",
+                 "MachineTypeModel=", "FileName=", "Version=", "SoftwareElementID=2",
+                 "SoftwareElementState=3", "TargetOperatingSystem=66", "SourceNode=2",
+                 "Name=Node 2 : Diagnostics"}}));
+}
+
+// What the SP driver gets to see.
+class DiagnosticsDriverTest : public NodeDiagnosticsTest {
+ protected:
+  DiagnosticsDriverTest() {
+    ON_CALL(library, isDotcommand).WillByDefault(testing::Return(true));
+    ON_CALL(library, checkSPComm).WillByDefault(testing::Return(true));
+    ON_CALL(library, discoverSPs).WillByDefault(testing::Return(2));
+  }
+
+  std::vector<Properties> collect() {
+    EXPECT_EQ(plugin.getDiagsFirmware(ns, &library).status, 0);
+    return published(plugin.diagnosticVpdInstances);
+  }
+
+  testing::NiceMock<MockSPLibrary> library;
+};
+
+TEST_F(DiagnosticsDriverTest, TamberSPOfAListedMachineTypeIsSentNothing) {
+  ON_CALL(library, isDotcommand).WillByDefault(testing::Return(false));
+  ON_CALL(library, isTamber).WillByDefault(testing::Return(true));
+  EXPECT_CALL(library, discoverSPs).Times(0);
+  EXPECT_CALL(library, sendDotCommand).Times(0);
+  EXPECT_CALL(library, sendTamberCommand).Times(0);
+  EXPECT_EQ(collect(), std::vector<Properties>{});
+}
+
+TEST_F(DiagnosticsDriverTest, EveryNodeGetsAClearedBufferOf2048Bytes) {
+  EXPECT_CALL(library, sendDotCommand)
+      .Times(2)
+      .WillRepeatedly([](dotCmd* command, unsigned char* bytes, int*, int, int bufferSize) {
+        EXPECT_EQ(command->type, 2);
+        EXPECT_EQ(command->command, kCommand);
+        EXPECT_EQ(command->data, Bytes{});
+        EXPECT_EQ(bufferSize, kBufferSize);
+        EXPECT_EQ(Bytes(bytes, bytes + kBufferSize), zeros(kBufferSize));
+        std::fill_n(bytes, kBufferSize, static_cast<unsigned char>(0xFF));
+        return true;
+      });
+  EXPECT_EQ(collect().size(), 2U);
+}
+
+TEST_F(DiagnosticsDriverTest, ReplyCountsWhateverItsLength) {
+  const Bytes record = reply();
+  for (const int length : {0, -1, 1, 68, 4096}) {
+    EXPECT_CALL(library, sendDotCommand)
+        .Times(2)
+        .WillRepeatedly([&](dotCmd*, unsigned char* bytes, int* replyLength, int, int) {
+          std::ranges::copy(record, bytes);
+          *replyLength = length;
+          return true;
+        });
+    plugin.diagnosticVpdInstances.clear();
+    EXPECT_EQ(collect(), (std::vector<Properties>{node("1"), node("2")})) << length;
+  }
+}
+
+TEST_F(DiagnosticsDriverTest, NodeCounterIsOfEightBits) {
+  // Behind SP 255 comes SP 0 again, so more SPs than that never end; the driver ends them.
+  ON_CALL(library, discoverSPs).WillByDefault(testing::Return(257));
+  std::vector<int> spIndexes;
+  ON_CALL(library, sendDotCommand)
+      .WillByDefault([&](dotCmd*, unsigned char*, int*, int spIndex, int) {
+        spIndexes.push_back(spIndex);
+        if (spIndexes.size() == 520) throw std::runtime_error("enough");
+        return false;
+      });
+  EXPECT_THROW(plugin.getDiagsFirmware(ns, &library), std::runtime_error);
+  ASSERT_EQ(spIndexes.size(), 520U);
+  for (std::size_t i = 0; i < spIndexes.size(); ++i) {
+    EXPECT_EQ(spIndexes[i], static_cast<int>(i % 256)) << i;
+  }
+}
+
+TEST_F(NodeDiagnosticsTest, NullHandlesAreRefusedWhereTheyAreUsedFirst) {
+  constexpr char kBuildNumber[] = "KRXSG_DiagnosticVPD: Error adding Build Number";
+  useNodes(2);
+  const auto nullClass = boost::make_shared<NullClassNamespace>();
+  EXPECT_EQ(plugin.createDiagInstance(nullClass, "A1").status, 3);
+  EXPECT_EQ(plugin.createDiagInstanceBasedOnDotCommand(nullClass, sp()).status, 3);
+  EXPECT_EQ(takeLog(), (Log{{3, kEntering},
+                            {0, "Error allocating instance KRXSG_DiagnosticVPD"},
+                            {0, "Error adding KRXSG_SystemBIOSElement class"}}));
+  const auto nullInstance = boost::make_shared<NullInstanceNamespace>();
+  EXPECT_EQ(plugin.createDiagInstance(nullInstance, "A1").status, 3);
+  EXPECT_EQ(plugin.createDiagInstanceBasedOnDotCommand(nullInstance, sp()).status, 3);
+  EXPECT_EQ(takeLog(), (Log{{3, kEntering}, {0, kBuildNumber}, {0, kBuildNumber}}));
+  EXPECT_TRUE(plugin.diagnosticVpdInstances.empty());
 }
 
 TEST_F(NodeDiagnosticsTest, MissingClassIsLoggedUnderAnotherName) {
