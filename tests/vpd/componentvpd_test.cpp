@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
+#include <functional>
 #include <stdexcept>
 
 #include "tests/support/mocksplibrary.h"
 #include "tests/support/pluginfixture.h"
+#include "vel/exception.h"
 
 namespace spfirmwarevpd::test {
 namespace {
@@ -413,14 +415,113 @@ TEST_F(ComponentStorageTest, EverySendGetsAClearedBufferOf2048BytesAndIsOfType2)
       });
   EXPECT_EQ(plugin.getVPDdata(&library, ns).status, 0);
   EXPECT_EQ(spIndexes, (std::vector<int>{0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1}));
-  EXPECT_EQ(lengths.front(), 0);
+  // Set to 0 once; each later send finds what the one before it left.
+  std::vector<int> expected(12, kReplySize);
+  expected.front() = 0;
+  EXPECT_EQ(lengths, expected);
 }
 
-TEST_F(ComponentStorageTest, ExceptionOfTheDriverPasses) {
+TEST_F(ComponentStorageTest, ListsAreBuiltBeforeTheSPsAreFound) {
+  const testing::InSequence inThisOrder;
+  EXPECT_CALL(library, buildDotCommandList).WillOnce(testing::Return(true));
+  EXPECT_CALL(library, discoverSPs).WillOnce(testing::Return(0));
+  EXPECT_EQ(plugin.getVPDdata(&library, ns).status, 0);
+}
+
+TEST_F(ComponentStorageTest, CountsAreAskedOfEachSPWithTheNumberAsItStands) {
+  ON_CALL(library, discoverSPs).WillByDefault(testing::Return(3));
+  std::vector<Bytes> asked;
+  ON_CALL(library, getComponentdotCmdList)
+      .WillByDefault([&](unsigned char* command, int commandLength, unsigned char*, unsigned char*,
+                         unsigned char*) {
+        asked.emplace_back(command, command + commandLength);
+        if (command[3] == kDimm) return 2;
+        return command[3] == kPowerSupply ? 1 : 3;
+      });
+  EXPECT_EQ(plugin.getVPDdata(&library, ns).status, 0);
+  EXPECT_EQ(asked, (std::vector<Bytes>{{4, 3, 5, kDimm, 1},
+                                       {4, 3, 5, kPowerSupply, 1},
+                                       {4, 3, 5, kDasdBackplane, 1},
+                                       {4, 3, 5, kDimm, 3},
+                                       {4, 3, 5, kPowerSupply, 2},
+                                       {4, 3, 5, kDasdBackplane, 4},
+                                       {4, 3, 5, kDimm, 5},
+                                       {4, 3, 5, kPowerSupply, 3},
+                                       {4, 3, 5, kDasdBackplane, 7}}));
+}
+
+TEST_F(ComponentStorageTest, NoticeComesBeforeTheDimmsAreCounted) {
   ON_CALL(library, discoverSPs).WillByDefault(testing::Return(1));
-  EXPECT_CALL(library, sendDotCommand)
-      .WillOnce(testing::Throw(std::runtime_error("the driver is gone")));
-  EXPECT_THROW(plugin.getVPDdata(&library, ns), std::runtime_error);
+  EXPECT_CALL(library, getComponentdotCmdList)
+      .WillOnce([&](unsigned char* command, int, unsigned char*, unsigned char*, unsigned char*) {
+        EXPECT_EQ(command[3], kDimm);
+        EXPECT_EQ(log.back(), kDimmNotice);
+        return -1;
+      })
+      .WillRepeatedly(testing::Return(-1));
+  EXPECT_EQ(plugin.getVPDdata(&library, ns).status, 0);
+}
+
+TEST_F(ComponentStorageTest, CoreLogIsWrittenBeforeTheFailureDataLog) {
+  Log both;
+  const auto append = [&](const host::LogEntry& entry) {
+    both.emplace_back(entry.severity, entry.text);
+  };
+  host::setCoreLogSink(append);
+  host::setFailureLogSink(append);
+  ON_CALL(library, buildDotCommandList).WillByDefault(testing::Return(true));
+  ON_CALL(library, discoverSPs).WillByDefault(testing::Return(1));
+  ON_CALL(library, getComponentdotCmdList).WillByDefault(testing::Return(1));
+  EXPECT_EQ(plugin.getVPDdata(&library, ns).status, 0);
+  EXPECT_EQ(both, (Log{kListBuilt,
+                       kDimmNotice,
+                       {0, "DIMM  1 VPD sendDotCommand failed "},
+                       kUnread,
+                       {3, "Power Supply  1 VPD not available "},
+                       kBackplaneNotice,
+                       kUnread,
+                       {3, "power backplane VPD not available...trying alternate data set"},
+                       kUnread,
+                       {3, "Power backplane VPD not available"},
+                       kUnread,
+                       {3, "Processor Card VPD not available"},
+                       kUnread,
+                       {3, "DASD backplane VPD not available"},
+                       kUnread,
+                       {3, "planar VPD not available"}}));
+}
+
+// The framework's own exception as well: only what creates instances and sets properties is caught.
+TEST_F(ComponentStorageTest, ExceptionOfTheDriverPasses) {
+  using Library = testing::NiceMock<MockSPLibrary>;
+  const auto gone = testing::Throw(TVELException(kErrorAssertion, "the driver is gone"));
+  const struct {
+    const char* what;
+    std::function<void(Library&)> fail;
+  } cases[] = {
+      {"lists", [&](Library& l) { ON_CALL(l, buildDotCommandList).WillByDefault(gone); }},
+      {"discovery", [&](Library& l) { ON_CALL(l, discoverSPs).WillByDefault(gone); }},
+      {"BMC test", [&](Library& l) { ON_CALL(l, IsBMCMachine).WillByDefault(gone); }},
+      {"IPMI driver test",
+       [&](Library& l) { ON_CALL(l, IsIPMIDriversPresent).WillByDefault(gone); }},
+      {"count", [&](Library& l) { ON_CALL(l, getComponentdotCmdList).WillByDefault(gone); }},
+      {"send", [&](Library& l) { ON_CALL(l, sendDotCommand).WillByDefault(gone); }},
+      {"another exception",
+       [](Library& l) {
+         ON_CALL(l, sendDotCommand)
+             .WillByDefault(testing::Throw(std::runtime_error("the driver is gone")));
+       }},
+  };
+  for (const auto& c : cases) {
+    Library failing;
+    ON_CALL(failing, discoverSPs).WillByDefault(testing::Return(1));
+    ON_CALL(failing, IsBMCMachine).WillByDefault(testing::Return(true));
+    ON_CALL(failing, getComponentdotCmdList).WillByDefault(testing::Return(1));
+    c.fail(failing);
+    EXPECT_THROW(plugin.getVPDdata(&failing, ns), std::runtime_error) << c.what;
+    EXPECT_TRUE(std::ranges::none_of(log, [](const auto& entry) { return entry.first == 0; }))
+        << c.what;
+  }
 }
 
 }  // namespace
