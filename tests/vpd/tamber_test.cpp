@@ -111,6 +111,25 @@ TEST_F(TamberTest, FailedSendGivesOneLineAndNothingElse) {
   failed("no SP");
 }
 
+// A namespace that must not be asked for anything.
+class UntouchedNamespace : public ICIMNamespace {
+ public:
+  boost::shared_ptr<ICIMClass> GetClass(const std::string& name, TCIMValueMap) override {
+    ADD_FAILURE() << name << " was looked up";
+    return {};
+  }
+};
+
+TEST_F(TamberTest, ClassIsLookedUpBehindTheReply) {
+  useReply(kFirmwareCommand, {.fails = true, .bytes = {}, .length = std::nullopt});
+  EXPECT_EQ(plugin.gettamberFirmware(sp(), boost::make_shared<UntouchedNamespace>()).status, 3);
+  useFaults({}, {"KRXSG_SPROMFirmwareVPDMain"});
+  EXPECT_EQ(collect(), 3);
+  EXPECT_EQ(takeTraffic(), (Texts{"01F1F10F false true failed", "01F1F10F false true failed"}));
+  EXPECT_EQ(log, (Log{{0, "Command Failed..while getting SP Firmware data"},
+                      {0, "Command Failed..while getting SP Firmware data"}}));
+}
+
 TEST_F(TamberTest, LengthStartsAtZeroAndTheBufferIsCleared) {
   testing::StrictMock<MockSPLibrary> library;
   EXPECT_CALL(library, sendTamberCommand)
