@@ -217,6 +217,7 @@ TEST_F(cKVMLevelTest, RequestStandsInAZeroedBufferOf256Bytes) {
         EXPECT_EQ(*length, 256);
         EXPECT_EQ(capacity, 256);
         EXPECT_TRUE(wait);
+        EXPECT_EQ(log, (Log{kAsking}));
         return false;
       });
   host::setSPLibrary(std::move(library));
@@ -342,9 +343,15 @@ TEST_F(cKVMLevelTest, TwoCollectionsAppendTwoInstances) {
 TEST_F(cKVMLevelTest, RefusedInstanceKeepsTheLevelThatWasRead) {
   useReply(reply("1.3"));
   useFaults({}, {"KRXSG_cKVM"});
-  collect();
+  EXPECT_EQ(collect(), 3);
   EXPECT_EQ(plugin.cKVMFirmwareVersion, "1.3");
-  EXPECT_EQ(log, (Log{kAsking, kSent, {0, "cKVM - Cannot create KRXSG_cKVM instance."}}));
+  EXPECT_EQ(takeLog(), (Log{kAsking, kSent, {0, "cKVM - Cannot create KRXSG_cKVM instance."}}));
+  refuseProperty("Version");
+  EXPECT_EQ(collect(), 3);
+  EXPECT_EQ(plugin.cKVMFirmwareVersion, "1.3");
+  EXPECT_EQ(
+      takeLog(),
+      (Log{kAsking, kSent, {0, "cKVM - Cannot set property value for KRXSG_cKVM instance."}}));
   EXPECT_TRUE(plugin.cKVMInstances.empty());
 }
 
