@@ -2,8 +2,11 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "tests/support/mocksplibrary.h"
 #include "tests/support/namespacespy.h"
+#include "tests/support/nullhandles.h"
 #include "tests/support/pluginfixture.h"
+#include "vel/exception.h"
 
 namespace spfirmwarevpd::test {
 namespace {
@@ -136,6 +139,36 @@ TEST_F(IpmiFruTest, FailureOfTheFrameworkIsLoggedAndKeepsTheAnswer) {
     }
   }
   EXPECT_EQ(failureLog, Log{});
+}
+
+// A null class ends in the assertion, whose exception is the framework's: it is no empty class.
+TEST_F(IpmiFruTest, NullClassIsAFailureAndKeepsTheAnswer) {
+  for (const bool earlier : {false, true}) {
+    plugin.ipmiFruExists = earlier;
+    plugin.DetermineIPMIFRUExist(boost::make_shared<NullClassNamespace>());
+    EXPECT_EQ(plugin.ipmiFruExists, earlier);
+    EXPECT_EQ(takeLog(), (Log{kUnread}));
+  }
+}
+
+// Only the queries of the namespace are caught.
+TEST_F(IpmiFruTest, ExceptionOfTheDriverPassesAndTheProbeIsDone) {
+  const auto gone = testing::Throw(TVELException(kErrorAssertion, "the driver is gone"));
+  for (const bool driversKnown : {false, true}) {
+    auto library = std::make_unique<testing::NiceMock<MockSPLibrary>>();
+    ON_CALL(*library, IsIPMIDriversPresent).WillByDefault(testing::Return(true));
+    if (driversKnown) {
+      ON_CALL(*library, IsBMCMachine).WillByDefault(gone);
+    } else {
+      ON_CALL(*library, IsIPMIDriversPresent).WillByDefault(gone);
+    }
+    host::setSPLibrary(std::move(library));
+    plugin.ipmiFruProbed = false;
+    EXPECT_THROW(plugin.DetermineIPMIFRUExist(ns), TVELException) << driversKnown;
+    EXPECT_TRUE(plugin.ipmiFruProbed) << driversKnown;
+    EXPECT_FALSE(plugin.ipmiFruExists) << driversKnown;
+    EXPECT_EQ(log, Log{}) << driversKnown;
+  }
 }
 
 TEST_F(IpmiFruTest, OtherExceptionsPassAndTheProbeIsDone) {
