@@ -130,6 +130,70 @@ TEST_F(UsbTapeTest, NullNamespacePassesTheAssertion) {
   EXPECT_EQ(exceptionCode(), kErrorAssertion);
 }
 
+// A namespace with one tape drive, whose DeviceID is not to be had.
+class DriveWithoutIdNamespace : public ICIMNamespace {
+ public:
+  explicit DriveWithoutIdNamespace(bool isNull) : isNull_(isNull) {}
+
+  boost::shared_ptr<ICIMClass> GetClass(const std::string&, TCIMValueMap) override {
+    return boost::make_shared<Class>(isNull_);
+  }
+
+ private:
+  class Drive : public ICIMInstance {
+   public:
+    explicit Drive(bool isNull) : isNull_(isNull) {}
+    boost::shared_ptr<ICIMProperty> GetProperty(const std::string&, const TCIMValueMap&) override {
+      if (!isNull_) throw TVELException(kErrorPropertyNotFound);
+      return {};
+    }
+    void SetProperty(const std::string&, const TCIMValue&, const TCIMValueMap&) override {}
+    void AddToClass(TCIMValueMap) override {}
+
+   private:
+    bool isNull_;
+  };
+
+  class Class : public ICIMClass {
+   public:
+    explicit Class(bool isNull) : isNull_(isNull) {}
+    const std::string& GetName(const TCIMValueMap&) const override {
+      static const std::string name = "KRXSG_TapeDrive";
+      return name;
+    }
+    void GetInstances(const boost::function<bool(boost::shared_ptr<ICIMInstance>)>& callback, bool,
+                      const TCIMValueMap&) override {
+      callback(boost::make_shared<Drive>(isNull_));
+    }
+    boost::shared_ptr<ICIMInstance> CreateInstance() override { return {}; }
+
+   private:
+    bool isNull_;
+  };
+
+  bool isNull_;
+};
+
+TEST_F(UsbTapeTest, DriveWithoutDeviceIdEndsTheCall) {
+  const struct {
+    const char* what;
+    bool isNull;
+    int code;
+  } cases[] = {
+      {"no such property", false, kErrorPropertyNotFound},
+      {"null property", true, kErrorAssertion},
+  };
+  for (const auto& c : cases) {
+    try {
+      plugin.getUsbTapeFirmware(boost::make_shared<DriveWithoutIdNamespace>(c.isNull));
+      ADD_FAILURE() << c.what << " was passed over";
+    } catch (const TVELException& e) {
+      EXPECT_EQ(e.GetCode(), c.code) << c.what;
+    }
+    EXPECT_EQ(log, Log{}) << c.what;
+  }
+}
+
 TEST_F(UsbTapeTest, EveryFailureOfTheFrameworkPassesAndEndsTheCall) {
   const struct {
     const char* what;
