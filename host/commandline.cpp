@@ -40,6 +40,12 @@ constexpr char kQueryNotes[] =
     "With --repeat, table and json show the answer to the last request, trace shows all and keeps\n"
     "them in memory until then.\n";
 
+constexpr char kClassesNotes[] =
+    "Formats:\n"
+    "  table  for people\n"
+    "  json   names, descriptions, properties with their types\n"
+    "  mof    everything, in DMTF's Managed Object Format, superclasses and qualifiers too\n";
+
 constexpr char kRecordNotes[] =
     "System credentials among the OEM strings of SMBIOS are always left out.\n"
     "With --redact the serial numbers, asset tags and unique ids of SMBIOS, of the SPs and of\n"
@@ -48,10 +54,10 @@ constexpr char kRecordNotes[] =
     "for.\n";
 
 using FormatName = std::pair<std::string_view, Format>;
-constexpr FormatName kFormats[] = {
+constexpr FormatName kQueryFormats[] = {
     {"table", Format::kTable}, {"json", Format::kJson}, {"trace", Format::kTrace}};
-constexpr std::span<const FormatName> kQueryFormats(kFormats);
-constexpr std::span<const FormatName> kClassesFormats = kQueryFormats.first(2);
+constexpr FormatName kClassesFormats[] = {
+    {"table", Format::kTable}, {"json", Format::kJson}, {"mof", Format::kMof}};
 
 // The library's own conversion takes octal and hexadecimal numbers as well.
 template <class Number>
@@ -122,6 +128,7 @@ CLI::App* addClasses(CLI::App& app, ClassesCommand& classes) {
   CLI::App* const command = app.add_subcommand("classes", "Show the classes of the schema");
   command->add_option("CLASS", classes.classes, "Classes to show; none: all")->type_name("");
   addFormat(*command, classes.format, kClassesFormats);
+  command->footer(kClassesNotes);
   return command;
 }
 

@@ -13,7 +13,7 @@
 
 namespace velhost {
 
-enum class Format { kTable, kJson, kTrace };
+enum class Format { kTable, kJson, kTrace, kMof };
 
 struct QueryCommand {
   std::vector<std::string> classes;  // empty: all that the plug-in serves

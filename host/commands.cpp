@@ -15,6 +15,7 @@
 #include "host/record.h"
 #include "host/requesterror.h"
 #include "host/resultdocument.h"
+#include "host/schemafolder.h"
 #include "host/schemaformat.h"
 #include "host/standardstreams.h"
 #include "host/tableformat.h"
@@ -102,6 +103,24 @@ ExitStatus statusOf(bool answered, const std::vector<std::string>& unreadable) {
   return unreadable.empty() ? kAnswered : kUnreadable;
 }
 
+// Classes that have instances: the abstract ones are shown to those who name them.
+ClassList concreteClasses() {
+  ClassList classes;
+  for (const ClassSchema& cimClass : NKRXVEL20::host::schema()) {
+    if (!cimClass.isAbstract) classes.push_back(&cimClass);
+  }
+  return classes;
+}
+
+std::string classesText(Format format, const ClassList& named) {
+  if (format == Format::kMof) {
+    const auto schema = NKRXVEL20::host::currentSchema();
+    return named.empty() ? mofText(*schema) : mofText(*schema, named);
+  }
+  const ClassList classes = named.empty() ? concreteClasses() : named;
+  return format == Format::kJson ? schemaJson(classes) : schemaTable(classes);
+}
+
 // Makes the requests; true when all were answered.
 bool makeRequests(const QueryCommand& command, const std::vector<std::string>& classes,
                   QueryRun& queryRun, Answer& answer) {
@@ -120,6 +139,7 @@ bool makeRequests(const QueryCommand& command, const std::vector<std::string>& c
 }  // namespace
 
 int run(const QueryCommand& command) {
+  useSchema(programFolder());
   for (const std::string& name : command.classes) schemaClass(name);
   const auto classes = command.classes.empty() ? defaultClasses() : command.classes;
   Machine machine = machineOf(command);
@@ -140,16 +160,15 @@ int run(const QueryCommand& command) {
 }
 
 int run(const ClassesCommand& command) {
+  useSchema(programFolder());
   ClassList classes;
   for (const std::string& name : command.classes) classes.push_back(schemaClass(name));
-  if (classes.empty()) {
-    for (const ClassSchema& cimClass : NKRXVEL20::host::schema()) classes.push_back(&cimClass);
-  }
-  writeStandardOutput(command.format == Format::kJson ? schemaJson(classes) : schemaTable(classes));
+  writeStandardOutput(classesText(command.format, classes));
   return kAnswered;
 }
 
 int run(const RecordCommand& command) {
+  useSchema(programFolder());
   Machine machine = machineOf(command);
   const std::vector<std::string> unreadable = machine.unreadable;
   const auto output = outputOf(command, {.isPrivate = true, .mayReplace = command.force});
@@ -161,6 +180,7 @@ int run(const RecordCommand& command) {
 }
 
 int run(const CheckCommand& command) {
+  useSchema(programFolder());
   int status = kAnswered;
   for (const auto& file : command.files) {
     try {

@@ -78,6 +78,7 @@ PropertyList readProperties(const Cursor& at, const ClassSchema& cimClass) {
 void readInstances(const Cursor& at, DocumentReading& document) {
   at.eachMember([&](const std::string& name, const Cursor& list) {
     const ClassSchema& cimClass = classNamed(list, name);
+    if (cimClass.isAbstract) list.fail("the class is abstract: it has no instances of its own");
     list.eachElement([&](const Cursor& item) {
       document.machine.instances.push_back({name, readProperties(item, cimClass)});
     });

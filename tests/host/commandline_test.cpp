@@ -43,11 +43,12 @@ TEST(CommandLine, NumbersAreDecimal) {
   EXPECT_EQ(10U, std::get<QueryCommand>(parse({"query", "--repeat", "010"})).repeat);
 }
 
-TEST(CommandLine, ClassesTakesTableAndJson) {
+TEST(CommandLine, ClassesTakesTableJsonAndMof) {
   EXPECT_EQ(Format::kTable, std::get<ClassesCommand>(parse({"classes"})).format);
   const auto classes = std::get<ClassesCommand>(parse({"classes", "A", "--format", "json"}));
   EXPECT_EQ(std::vector<std::string>{"A"}, classes.classes);
   EXPECT_EQ(Format::kJson, classes.format);
+  EXPECT_EQ(Format::kMof, std::get<ClassesCommand>(parse({"classes", "--format", "mof"})).format);
 }
 
 TEST(CommandLine, CheckTakesFiles) {
@@ -117,7 +118,7 @@ TEST(CommandLine, BadUsageIsOneLine) {
       {"query", "--repeat", "4294967296"},
       {"query", "--log-level", "all"},
       {"query", "--reinit=maybe"},
-      {"classes", "--format", "mof"},
+      {"query", "--format", "mof"},
       {"classes", "--format", "trace"},
       {"classes", "--machine", "m.json"},
       {"check"},

@@ -64,6 +64,8 @@ TEST(MachineFileRefused, TopLevelMembers) {
       {R"("smbios": null)", "/smbios: must be an object"},
       {R"("sp": "none")", "/sp: must be an object"},
       {R"("instances": [])", "/instances: must be an object"},
+      {R"("instances": {"CIM_SoftwareElement": []})",
+       "/instances/CIM_SoftwareElement: the class is abstract: it has no instances of its own"},
       {R"("missing_classes": {})", "/missing_classes: must be a list"},
       {R"("missing_classes": ["KRXSG_None"])",
        "/missing_classes/0: the schema has no class of this name"},

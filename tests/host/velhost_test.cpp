@@ -369,6 +369,64 @@ TEST_F(Velhost, ClassesShowTheSchema) {
   EXPECT_NE(std::string::npos, all.out.find("\"name\": \"KRXSG_SystemBIOSElement\""));
 }
 
+TEST_F(Velhost, AbstractClassesAreShownToThoseWhoNameThem) {
+  for (const char* const format : {"table", "json"}) {
+    const ProgramOutcome all = run({"classes", "--format", format});
+    EXPECT_EQ(std::string::npos, all.out.find("CIM_")) << format;
+  }
+  EXPECT_EQ(
+      "CIM_BIOSElement  Firmware that starts a system\n"
+      "  Version                string\n"
+      "  SoftwareElementID      string\n"
+      "  SoftwareElementState   uint16\n"
+      "  TargetOperatingSystem  uint16\n"
+      "  PrimaryBIOS            boolean\n"
+      "  ReleaseDate            datetime\n",
+      run({"classes", "CIM_BIOSElement"}).out);
+}
+
+// The program finds its schema beside itself, so a copy of it beside a printed one reads that.
+TEST_F(Velhost, ClassesPrintedAsMofAreReadBack) {
+  const ProgramOutcome printed = run({"classes", "--format", "mof"});
+  EXPECT_EQ(0, printed.status) << printed.err;
+  fs::create_directories(folder_ / "bin");
+  fs::create_directories(folder_ / "share" / "vel" / "schema");
+  fs::create_symlink(fs::path(VELHOST).parent_path().parent_path() / "lib", folder_ / "lib");
+  fs::copy_file(VELHOST, folder_ / "bin" / "velhost");
+  put("share/vel/schema/all.mof", printed.out);
+  const std::string copy = (folder_ / "bin" / "velhost").string();
+  for (const char* const format : {"table", "json", "mof"}) {
+    const Words words{"classes", "--format", format};
+    const ProgramOutcome again = runProgram(copy, {words, ""});
+    EXPECT_EQ("", again.err) << format;
+    EXPECT_EQ(run(words).out, again.out) << format;
+  }
+  put("share/vel/schema/zz.mof", "class Own_Thing : CIM_LogicalDevice {\n  uint32 size;\n};\n");
+  EXPECT_EQ(
+      "velhost: " + (folder_ / "share/vel/schema/zz.mof").string() +
+          ":2:3: no property is of type \"uint32\" here; the types are string, boolean, uint8,"
+          " uint16, uint64, datetime\n",
+      runProgram(copy, {{"classes"}, ""}).err);
+  put("share/vel/schema/zz.mof", "class Own_Thing : CIM_LogicalDevice { uint8 size; };\n");
+  EXPECT_EQ(
+      "Own_Thing  Device, as the system sees it\n"
+      "  DeviceID     string\n"
+      "  Description  string\n"
+      "  size         uint8\n",
+      runProgram(copy, {{"classes", "Own_Thing"}, ""}).out);
+  EXPECT_EQ(0, runProgram(copy, {{"--version"}, ""}).status);
+}
+
+TEST_F(Velhost, MofOfAClassHasWhatTheClassNeeds) {
+  const ProgramOutcome one = run({"classes", "--format", "mof", "KRXSG_USBDevice"});
+  EXPECT_EQ(0, one.status);
+  EXPECT_EQ(0U, one.out.find("Qualifier Abstract : boolean = FALSE, "));
+  EXPECT_NE(std::string::npos, one.out.find("\nclass CIM_LogicalDevice {\n"));
+  EXPECT_NE(std::string::npos, one.out.find("\nclass KRXSG_USBDevice : CIM_LogicalDevice {\n"));
+  EXPECT_EQ(std::string::npos, one.out.find("KRXSG_TapeDrive"));
+  EXPECT_EQ(std::string::npos, one.out.find("MaxLen"));
+}
+
 TEST_F(Velhost, ARecordingIsAMachineFileThatIsTheOwnersAlone) {
   const std::string file = (folder_ / "recorded.json").string();
   const Words words{"record", "--plugin", TEST_PLUGIN, "--machine", bareMachine()};

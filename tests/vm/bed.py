@@ -33,6 +33,8 @@ def server(modules=(), qemu=()):
         guest.files.link(f"/bin/{program.name}", program)
     for library in (BUILD / "lib").rglob("*.so"):
         guest.files.add_program(library)
+    for mof in (BUILD / "share" / "vel" / "schema").glob("*.mof"):
+        guest.files.add_file(mof)
     guest.files.add_file(HERE / "gadgets.sh", "/gadgets.sh")
     return guest
 

@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+#include <regex>
 #include <set>
 #include <string>
 #include <vector>
@@ -59,8 +62,122 @@ TEST(Schema, HasTheClassesWithTheTypesThatTheCollectorsSet) {
       "KRXSG_IPMIFRU Name:string Description:string",
   };
   std::vector<std::string> found;
-  for (const ClassSchema& cimClass : schema()) found.push_back(described(cimClass));
+  for (const ClassSchema& cimClass : schema()) {
+    if (!cimClass.isAbstract) found.push_back(described(cimClass));
+  }
   EXPECT_EQ(kClasses, found);
+}
+
+// "CLASS : SUPERCLASS by PROVIDER, key KEY KEY".
+std::string identified(const ClassSchema& cimClass) {
+  std::string text(cimClass.name);
+  if (cimClass.superclass != nullptr) text += " : " + std::string(cimClass.superclass->name);
+  if (!cimClass.provider.empty()) text += " by " + std::string(cimClass.provider);
+  if (cimClass.isAbstract) text += ", abstract";
+  std::string keys;
+  for (const PropertySchema& property : cimClass.properties) {
+    if (property.isKey) keys += ' ' + std::string(property.name);
+  }
+  return keys.empty() ? text : text + ", key" + keys;
+}
+
+TEST(Schema, SaysWhoServesAClassAndWhatTellsItsInstancesApart) {
+  const std::vector<std::string> kClasses = {
+      "CIM_SoftwareElement, abstract",
+      "CIM_BIOSElement : CIM_SoftwareElement, abstract",
+      "CIM_FRU, abstract",
+      "CIM_LogicalDevice, abstract, key DeviceID",
+      "CIM_ComputerSystem, abstract",
+      "KRXSG_DiagnosticVPD : CIM_SoftwareElement by SPFirmwareVPD, key Name SourceNode",
+      "KRXSG_SystemBIOSElement : CIM_BIOSElement by SPFirmwareVPD, key SourceNode",
+      "KRXSG_HardwareRevisionLevel : CIM_SoftwareElement by SPFirmwareVPD, key SourceNode",
+      "KRXSG_Vpd : CIM_FRU by SPFirmwareVPD, key Name SlotNumber",
+      "KRXSG_SPROMFirmwareVPDMain : CIM_SoftwareElement by SPFirmwareVPD, key Name",
+      "KRXSG_SPROMFirmwareVPDBootROM : CIM_SoftwareElement by SPFirmwareVPD, key SourceNode",
+      "KRXSG_cKVM : CIM_SoftwareElement by SPFirmwareVPD, key SoftwareElementID",
+      "KRXSG_USBTapeFirmwareElement : CIM_SoftwareElement by SPFirmwareVPD, key Name Manufacturer",
+      "KRXSG_PostBIOSVPD : CIM_SoftwareElement by SPFirmwareVPD, key SourceNode",
+      "KRXSG_DeviceDriver : CIM_SoftwareElement by SPFirmwareVPD, key Name",
+      "KRXSG_SystemBIOS : CIM_BIOSElement by SPFirmwareVPD, key Name",
+      "KRXSG_USBDevice : CIM_LogicalDevice by DeviceInventory, key DeviceID",
+      "KRXSG_TapeDrive : CIM_LogicalDevice by DeviceInventory, key DeviceID",
+      "KRXSG_QLA_ComputerSystem : CIM_ComputerSystem, key SourceNode",
+      "KRXSG_IPMIFRU by IPMIInventory, key Name",
+  };
+  std::vector<std::string> found;
+  for (const ClassSchema& cimClass : schema()) found.push_back(identified(cimClass));
+  EXPECT_EQ(kClasses, found);
+}
+
+// Inherited by a property whose class gives no names of its own.
+TEST(Schema, NamesTheValuesOfNumbers) {
+  const PropertySchema* state =
+      findProperty(*findClass("KRXSG_SystemBIOSElement"), "SoftwareElementState");
+  ASSERT_NE(nullptr, state);
+  EXPECT_EQ((std::vector<std::string_view>{"0", "1", "2", "3"}),
+            std::vector(state->valueMap.begin(), state->valueMap.end()));
+  EXPECT_EQ((std::vector<std::string_view>{"Deployable", "Installable", "Executable", "Running"}),
+            std::vector(state->values.begin(), state->values.end()));
+  const PropertySchema* system = findProperty(*findClass("KRXSG_cKVM"), "TargetOperatingSystem");
+  ASSERT_NE(nullptr, system);
+  EXPECT_EQ((std::vector<std::string_view>{"0", "1", "66"}),
+            std::vector(system->valueMap.begin(), system->valueMap.end()));
+  EXPECT_EQ((std::vector<std::string_view>{"Unknown", "Other", "Not applicable"}),
+            std::vector(system->values.begin(), system->values.end()));
+}
+
+// What the firmware collector never fills comes from nowhere.
+constexpr std::array<std::string_view, 3> kNeverFilled = {"KRXSG_PostBIOSVPD", "KRXSG_DeviceDriver",
+                                                          "KRXSG_SystemBIOS"};
+
+TEST(Schema, SaysWhereEachValueOfTheFirmwareCollectorComesFrom) {
+  for (const ClassSchema& cimClass : schema()) {
+    if (cimClass.provider != "SPFirmwareVPD") continue;
+    const bool isFilled = std::ranges::find(kNeverFilled, cimClass.name) == kNeverFilled.end();
+    for (const PropertySchema& property : cimClass.properties) {
+      EXPECT_EQ(isFilled, !property.mappingStrings.empty()) << cimClass.name << property.name;
+      EXPECT_FALSE(property.description.empty()) << cimClass.name << property.name;
+    }
+  }
+}
+
+// The notation of docs/schema.md.
+TEST(Schema, OriginsAreInTheirNotation) {
+  const std::string bytes = R"(\|(byte \d+|bytes \d+-\d*)\|)";
+  const std::string rule =
+      "(text|decimal|date|hex digits|JEP106 maker|version part|numeric version part|build part|"
+      "letters and digits|shift 16|level|before [^|]+|between [^|]+ and [^|]+)( or blank)?";
+  const std::string as = R"((\|as [^|]+)?)";
+  const std::string clause = R"(\w+ (is set|is unset|(is|is not|has|lacks) [^|]+?))";
+  const std::string when = R"((\|when )" + clause + "( and " + clause + ")*)?";
+  const std::string hex = "[0-9A-F]{2}";
+  const std::string hexes = hex + "( " + hex + ")*";
+  const std::regex kForms[] = {
+      std::regex("DotCommand[.]VEL[|](" + hex + " ){3}" + hex + "( " + hex + "| n)?([|]data " +
+                 hexes + ")?" + bytes + rule + as + when),
+      std::regex("TamberCommand[.]VEL[|](" + hex + " ){3}" + hex + bytes + rule + as + when),
+      std::regex("IPMI[.]VEL[|]" + hex + " " + hex + "([|]data " + hexes + ")?" + bytes + rule +
+                 as + when),
+      std::regex("SMBIOS[.]DMTF[|]type \\d+[|]offset \\d+[|](string|uint8|uint16)[|]" + rule + as +
+                 when),
+      std::regex("SMBIOS[.]DMTF[|]type \\d+[|]string with [^|]+[|]" + rule + as + when),
+      std::regex("Instance[.]VEL[|]\\w+[.]\\w+[|]" + rule + as + when),
+      std::regex("Sysfs[.]Linux[|]\\w+[|]as [^|]+" + when),
+      std::regex("Constant[.]VEL[|][^|]*" + when),
+      std::regex("Derived[.]VEL[|][^|]+" + when),
+  };
+  for (const ClassSchema& cimClass : schema()) {
+    for (const PropertySchema& property : cimClass.properties) {
+      for (const std::string_view origin : property.mappingStrings) {
+        EXPECT_TRUE(std::ranges::any_of(kForms,
+                                        [&](const std::regex& form) {
+                                          return std::regex_match(origin.begin(), origin.end(),
+                                                                  form);
+                                        }))
+            << cimClass.name << '.' << property.name << ": " << origin;
+      }
+    }
+  }
 }
 
 TEST(Schema, EachClassAndEachOfItsPropertiesIsNamedOnce) {
@@ -87,6 +204,26 @@ TEST(Schema, FindsByTheExactName) {
   EXPECT_EQ("Vendor", vendor->name);
   EXPECT_EQ(nullptr, findProperty(*vpd, "vendor"));
   EXPECT_EQ(nullptr, findProperty(*vpd, ""));
+}
+
+TEST(Schema, AClassDerivesFromItselfAndFromAllAbove) {
+  const ClassSchema& element = *findClass("CIM_SoftwareElement");
+  const ClassSchema& bios = *findClass("CIM_BIOSElement");
+  const ClassSchema& system = *findClass("KRXSG_SystemBIOSElement");
+  EXPECT_TRUE(derivesFrom(system, element));
+  EXPECT_TRUE(derivesFrom(system, bios));
+  EXPECT_TRUE(derivesFrom(system, system));
+  EXPECT_FALSE(derivesFrom(bios, system));
+  EXPECT_FALSE(derivesFrom(*findClass("KRXSG_cKVM"), bios));
+}
+
+TEST(Schema, AProcessWithoutOneHasNoClass) {
+  const SchemaPtr kept = currentSchema();
+  setSchema(nullptr);
+  EXPECT_TRUE(schema().empty());
+  EXPECT_EQ(nullptr, findClass("KRXSG_Vpd"));
+  setSchema(kept);
+  EXPECT_NE(nullptr, findClass("KRXSG_Vpd"));
 }
 
 TEST(Schema, AnEmptyValueHasNoTypeName) { EXPECT_EQ("", typeName(ECIMType::kEmpty)); }

@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "mofsource.h"
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
+
+namespace NKRXVEL20::mof {
+namespace {
+
+constexpr std::size_t kLargestSchema = std::size_t{4} << 20U;
+
+struct ByteRange {
+  unsigned char first;
+  unsigned char last;
+};
+
+// The well-formed sequences of Unicode's table 3-7 above ASCII: lead bytes, length, range of the
+// second byte.
+struct SequenceForm {
+  ByteRange lead;
+  std::size_t length;
+  ByteRange second;
+};
+
+constexpr SequenceForm kForms[] = {
+    {{0xC2, 0xDF}, 2, {0x80, 0xBF}}, {{0xE0, 0xE0}, 3, {0xA0, 0xBF}},
+    {{0xE1, 0xEC}, 3, {0x80, 0xBF}}, {{0xED, 0xED}, 3, {0x80, 0x9F}},
+    {{0xEE, 0xEF}, 3, {0x80, 0xBF}}, {{0xF0, 0xF0}, 4, {0x90, 0xBF}},
+    {{0xF1, 0xF3}, 4, {0x80, 0xBF}}, {{0xF4, 0xF4}, 4, {0x80, 0x8F}},
+};
+
+bool within(char byte, ByteRange range) {
+  const auto value = static_cast<unsigned char>(byte);
+  return value >= range.first && value <= range.last;
+}
+
+bool isContinuation(char byte) { return within(byte, {0x80, 0xBF}); }
+
+// The length of the sequence that the text begins with; 0 when it is not well formed.
+std::size_t sequenceLength(std::string_view text) {
+  const auto* const form = std::ranges::find_if(
+      kForms, [&](const SequenceForm& f) { return within(text.front(), f.lead); });
+  if (form == std::end(kForms) || text.size() < form->length || !within(text[1], form->second)) {
+    return 0;
+  }
+  const auto rest = text.substr(2, form->length - 2);
+  return std::ranges::all_of(rest, isContinuation) ? form->length : 0;
+}
+
+// Whole words of ASCII are stepped over at once: nearly all of every schema is that.
+std::size_t skipAscii(std::string_view text, std::size_t at) {
+  constexpr std::uint64_t kHighBits = 0x8080808080808080U;
+  std::uint64_t word = 0;
+  for (; at + sizeof word <= text.size(); at += sizeof word) {
+    std::memcpy(&word, text.data() + at, sizeof word);
+    if ((word & kHighBits) != 0) break;
+  }
+  while (at < text.size() && static_cast<unsigned char>(text[at]) < 0x80) ++at;
+  return at;
+}
+
+std::optional<std::size_t> firstIllFormed(std::string_view text) {
+  for (std::size_t at = skipAscii(text, 0); at < text.size(); at = skipAscii(text, at)) {
+    const std::size_t length = sequenceLength(text.substr(at));
+    if (length == 0) return at;
+    at += length;
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+Source::Source(std::span<const host::SchemaFile> files) {
+  std::size_t size = 0;
+  for (const auto& file : files) {
+    size += file.text.size();
+    if (size > kLargestSchema) {
+      throw host::SchemaError(file.name + ": a schema has at most 4 MiB of text");
+    }
+  }
+  text_.reserve(size + files.size());
+  files_.reserve(files.size());
+  for (const auto& file : files) {
+    files_.push_back({file.name, static_cast<Place>(text_.size())});
+    text_.append(file.text).append(1, '\n');
+    if (const auto at = firstIllFormed(file.text)) {
+      throw host::SchemaError(where(files_.back().begin + static_cast<Place>(*at)) +
+                              ": is not UTF-8");
+    }
+  }
+}
+
+Place Source::end(std::size_t file) const {
+  const auto next = file + 1 < files_.size() ? files_[file + 1].begin : text_.size();
+  return static_cast<Place>(next - 1);
+}
+
+std::string Source::where(Place at) const {
+  const auto after = std::ranges::upper_bound(files_, at, {}, &File::begin);
+  const File& file = *std::prev(after);
+  const auto before = std::string_view(text_).substr(file.begin, at - file.begin);
+  const auto line = 1 + std::ranges::count(before, '\n');
+  const auto rest = before.substr(before.rfind('\n') + 1);
+  const auto column = 1 + std::ranges::count_if(rest, [](char c) { return !isContinuation(c); });
+  return file.name + ':' + std::to_string(line) + ':' + std::to_string(column);
+}
+
+}  // namespace NKRXVEL20::mof
