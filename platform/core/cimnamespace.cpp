@@ -26,8 +26,8 @@ struct InstanceData {
 
 using InstanceList = std::vector<std::shared_ptr<InstanceData>>;
 
-const ClassSchema& requireClass(const std::string& name) {
-  const ClassSchema* found = findClass(name);
+const ClassSchema& requireClass(const Schema& schema, const std::string& name) {
+  const ClassSchema* found = findClass(schema, name);
   if (found == nullptr) throw TVELException(kErrorClassNotFound, "no class " + name);
   return *found;
 }
@@ -39,6 +39,12 @@ const PropertySchema& requireProperty(const ClassSchema& cimClass, const std::st
                         std::string(cimClass.name) + " has no property " + name);
   }
   return *found;
+}
+
+void requireConcrete(const ClassSchema& cimClass) {
+  if (!cimClass.isAbstract) return;
+  throw TVELException(kErrorNotSupported,
+                      std::string(cimClass.name) + " is abstract: it has no instances of its own");
 }
 
 auto findValue(PropertyList& properties, const std::string& name) {
@@ -119,6 +125,7 @@ class FaultList {
 }  // namespace
 
 struct CimNamespace::State {
+  SchemaPtr schema;
   std::vector<std::string> missingClasses;
   FaultList faults;
   std::map<const ClassSchema*, InstanceList> instances;  // by class, in the order added
@@ -130,16 +137,39 @@ struct CimNamespace::State {
     if (const Fault* const due = faults.meet(operation, className, propertyName)) raise(*due);
   }
 
+  bool isMissing(const ClassSchema& cimClass) const {
+    return std::ranges::find(missingClasses, cimClass.name) != missingClasses.end();
+  }
+
   void requirePresent(const ClassSchema& cimClass) const {
-    if (std::ranges::find(missingClasses, cimClass.name) != missingClasses.end()) {
+    if (isMissing(cimClass)) {
       throw TVELException(kErrorClassNotFound, "no class " + std::string(cimClass.name));
     }
+  }
+
+  // Its own instances, then those of the classes that derive from it, in the schema's order.
+  InstanceList instancesOf(const ClassSchema& cimClass, bool deep) const {
+    InstanceList all = ownInstances(cimClass);
+    if (!deep) return all;
+    for (const ClassSchema& other : schema->classes) {
+      if (&other == &cimClass || !derivesFrom(other, cimClass) || isMissing(other)) continue;
+      const InstanceList& more = ownInstances(other);
+      all.insert(all.end(), more.begin(), more.end());
+    }
+    return all;
   }
 
   void addToClass(const std::shared_ptr<InstanceData>& instance) {
     if (instance->inClass) return;
     instances[instance->cimClass].push_back(instance);
     instance->inClass = true;
+  }
+
+ private:
+  const InstanceList& ownInstances(const ClassSchema& cimClass) const {
+    static const InstanceList kNone;
+    const auto found = instances.find(&cimClass);
+    return found == instances.end() ? kNone : found->second;
   }
 };
 
@@ -198,13 +228,12 @@ class Class : public ICIMClass {
 
   const std::string& GetName(const TCIMValueMap& /*qualifiers*/) const override { return name_; }
 
-  // No class of the schema derives from another, so `deep` changes nothing.
   void GetInstances(const boost::function<bool(boost::shared_ptr<ICIMInstance>)>& callback,
-                    bool /*deep*/, const TCIMValueMap& /*context*/) override {
+                    bool deep, const TCIMValueMap& /*context*/) override {
     state_->meetFaults(CimOperation::kEnumerateInstances, name_);
     state_->requirePresent(*schema_);
-    const InstanceList all = state_->instances[schema_];  // a copy: the callback may add to it
-    for (const auto& data : all) {
+    // A list of its own, as the callback may add to the class.
+    for (const auto& data : state_->instancesOf(*schema_, deep)) {
       if (!callback(boost::make_shared<Instance>(state_, data))) return;
     }
   }
@@ -212,6 +241,7 @@ class Class : public ICIMClass {
   boost::shared_ptr<ICIMInstance> CreateInstance() override {
     state_->meetFaults(CimOperation::kCreateInstance, name_);
     state_->requirePresent(*schema_);
+    requireConcrete(*schema_);
     return boost::make_shared<Instance>(state_, std::make_shared<InstanceData>(*schema_));
   }
 
@@ -224,25 +254,27 @@ class Class : public ICIMClass {
 }  // namespace
 
 CimNamespace::CimNamespace(std::vector<std::string> missingClasses, std::vector<Fault> faults)
-    : state_(std::make_shared<State>(
-          State{std::move(missingClasses), FaultList(std::move(faults)), {}, {}})) {}
+    : state_(std::make_shared<State>(State{
+          currentSchema(), std::move(missingClasses), FaultList(std::move(faults)), {}, {}})) {}
 
 CimNamespace::~CimNamespace() = default;
 
 boost::shared_ptr<ICIMClass> CimNamespace::GetClass(const std::string& name,
                                                     TCIMValueMap /*context*/) {
   state_->meetFaults(CimOperation::kGetClass, name);
-  const ClassSchema& found = requireClass(name);
+  const ClassSchema& found = requireClass(*state_->schema, name);
   state_->requirePresent(found);
   return boost::make_shared<Class>(state_, found);
 }
 
 boost::shared_ptr<ICIMClass> CimNamespace::requestClass(const std::string& name) {
-  return boost::make_shared<Class>(state_, requireClass(name));
+  return boost::make_shared<Class>(state_, requireClass(*state_->schema, name));
 }
 
 void CimNamespace::addCompanion(const std::string& className, const PropertyList& properties) {
-  const auto instance = std::make_shared<InstanceData>(requireClass(className));
+  const ClassSchema& cimClass = requireClass(*state_->schema, className);
+  requireConcrete(cimClass);
+  const auto instance = std::make_shared<InstanceData>(cimClass);
   for (const auto& [name, value] : properties) setValue(*instance, name, value);
   state_->addToClass(instance);
 }

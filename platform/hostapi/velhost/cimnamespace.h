@@ -45,7 +45,8 @@ struct PublishedInstance {
 
 class VEL_API CimNamespace : public ICIMNamespace {
  public:
-  // `missingClasses`: classes of the schema that this namespace does not have.
+  // Has the schema that is current now, and keeps it. `missingClasses`: classes of it that this
+  // namespace does not have.
   CimNamespace(std::vector<std::string> missingClasses, std::vector<Fault> faults);
   ~CimNamespace() override;
 
@@ -59,7 +60,7 @@ class VEL_API CimNamespace : public ICIMNamespace {
   boost::shared_ptr<ICIMClass> requestClass(const std::string& name);
 
   // Fills in an instance as another collector would have. Meets no fault. Raises what
-  // ICIMInstance::SetProperty raises.
+  // ICIMClass::CreateInstance and ICIMInstance::SetProperty raise.
   void addCompanion(const std::string& className, const PropertyList& properties);
 
   // What was added to classes by plug-ins since the last call, in order.

@@ -51,7 +51,8 @@ class VEL_API ICIMClass {
   virtual void GetInstances(const boost::function<bool(boost::shared_ptr<ICIMInstance>)>& callback,
                             bool deep, const TCIMValueMap& context) = 0;
 
-  // A new instance that holds every property of the class, empty, and is not published.
+  // A new instance that holds every property of the class, empty, and is not published. Raises
+  // kErrorNotSupported for an abstract class.
   virtual boost::shared_ptr<ICIMInstance> CreateInstance() = 0;
 };
 

@@ -15,6 +15,7 @@ enum EVELErrorCode : std::int32_t {
   kErrorAssertion = 1,          // a Boost assertion, as a null shared_ptr dereferenced
   kErrorClassNotServed = 2,     // a plug-in was asked for a class that it does not serve
   kErrorClassNotFound = 5,      // the namespace has no class of that name
+  kErrorNotSupported = 7,       // an instance of an abstract class
   kErrorPropertyNotFound = 12,  // the class has no property of that name
   kErrorTypeMismatch = 13,      // the value is not of the type that the schema gives the property
 };

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "vel/exception.h"
+#include "velhost/schema.h"
 
 namespace NKRXVEL20::host {
 
@@ -212,6 +213,102 @@ TEST(CimNamespace, RefusesWrongCompanions) {
               ns->addCompanion("KRXSG_USBDevice", {{"Description", TCIMValue(true)}});
             }));
   EXPECT_THAT(instancesOf(ns, "KRXSG_USBDevice"), IsEmpty());
+}
+
+// A schema of its own, for as long as the test runs.
+class CimNamespaceDeep : public testing::Test {
+ protected:
+  CimNamespaceDeep() : kept_(currentSchema()) {
+    const SchemaFile file{"test.mof", R"(
+      Qualifier Abstract : boolean = false, Scope(class), Flavor(Restricted);
+      [Abstract] class T_Any { string Name; };
+      class T_Left : T_Any {};
+      class T_Right : T_Any { uint8 Size; };
+      class T_LeftLeaf : T_Left {};
+      class T_Other { string Name; };)"};
+    setSchema(parseSchema({&file, 1}));
+  }
+  ~CimNamespaceDeep() override { setSchema(kept_); }
+
+  // One instance each, named as its class.
+  static NamespacePtr filled(std::vector<std::string> missing = {},
+                             std::vector<Fault> faults = {}) {
+    auto ns = makeNamespace(std::move(missing), std::move(faults));
+    for (const char* const name : {"T_LeftLeaf", "T_Right", "T_Left", "T_Other"}) {
+      ns->addCompanion(name, {{"Name", TCIMValue(name)}});
+    }
+    return ns;
+  }
+
+  static std::vector<std::string> names(const NamespacePtr& ns, const std::string& className,
+                                        bool deep) {
+    std::vector<std::string> found;
+    ns->GetClass(className, {})
+        ->GetInstances(
+            [&](InstancePtr instance) {
+              found.push_back(instance->GetProperty("Name", {})->GetValueAsString());
+              return true;
+            },
+            deep, {});
+    return found;
+  }
+
+ private:
+  SchemaPtr kept_;
+};
+
+TEST_F(CimNamespaceDeep, GivesTheInstancesOfDerivedClassesToo) {
+  const auto ns = filled();
+  EXPECT_THAT(names(ns, "T_Any", true), ElementsAre("T_Left", "T_Right", "T_LeftLeaf"));
+  EXPECT_THAT(names(ns, "T_Left", true), ElementsAre("T_Left", "T_LeftLeaf"));
+  EXPECT_THAT(names(ns, "T_LeftLeaf", true), ElementsAre("T_LeftLeaf"));
+  EXPECT_THAT(names(ns, "T_Other", true), ElementsAre("T_Other"));
+}
+
+TEST_F(CimNamespaceDeep, WithoutItGivesTheClasssOwnAlone) {
+  const auto ns = filled();
+  EXPECT_THAT(names(ns, "T_Any", false), IsEmpty());
+  EXPECT_THAT(names(ns, "T_Left", false), ElementsAre("T_Left"));
+}
+
+TEST_F(CimNamespaceDeep, EachInstanceKeepsTheClassThatItIsOf) {
+  const auto ns = filled();
+  std::vector<InstancePtr> found;
+  ns->GetClass("T_Any", {})->GetInstances(TAddToVectorCallback<ICIMInstance>(found), true, {});
+  ASSERT_EQ(3U, found.size());
+  EXPECT_EQ("12", outcome([&] { found[0]->GetProperty("Size", {}); }));
+  found[1]->SetProperty("Size", TCIMValue(std::uint8_t{1}), {});
+  found[1]->AddToClass({});
+  EXPECT_EQ("T_Right", ns->takePublished().front().className);
+}
+
+TEST_F(CimNamespaceDeep, AMissingClassHasNoInstancesForItsSuperclass) {
+  EXPECT_THAT(names(filled({"T_Left"}), "T_Any", true), ElementsAre("T_Right", "T_LeftLeaf"));
+}
+
+TEST_F(CimNamespaceDeep, AFaultCountsForTheClassThatIsEnumerated) {
+  const auto ns = filled({}, {{CimOperation::kEnumerateInstances, "T_Left", "", {}, false}});
+  EXPECT_EQ(3U, names(ns, "T_Any", true).size());
+  EXPECT_EQ("1", outcome([&] { names(ns, "T_Left", true); }));
+}
+
+TEST_F(CimNamespaceDeep, TheCallbackEndsItAmongDerivedClassesToo) {
+  int seen = 0;
+  filled()->GetClass("T_Any", {})->GetInstances([&](InstancePtr) { return ++seen < 2; }, true, {});
+  EXPECT_EQ(2, seen);
+}
+
+TEST_F(CimNamespaceDeep, AnAbstractClassHasNoInstancesOfItsOwn) {
+  const auto ns = filled();
+  EXPECT_EQ("7", outcome([&] { newInstance(ns, "T_Any"); }));
+  EXPECT_EQ("7", outcome([&] { ns->addCompanion("T_Any", {}); }));
+}
+
+TEST_F(CimNamespaceDeep, ANamespaceKeepsTheSchemaThatItWasMadeWith) {
+  const auto ns = filled();
+  setSchema(nullptr);
+  EXPECT_EQ(3U, names(ns, "T_Any", true).size());
+  EXPECT_EQ("5", outcome([&] { makeNamespace()->GetClass("T_Any", {}); }));
 }
 
 TEST(CimNamespace, HandlesOutliveIt) {
