@@ -7,49 +7,12 @@
 namespace velhost {
 namespace {
 
-constexpr std::string_view kReplacement = "\xEF\xBF\xBD";  // U+FFFD
 constexpr std::string_view kHexDigits = "0123456789abcdef";
 constexpr std::string_view kUpperHexDigits = "0123456789ABCDEF";
 constexpr std::string_view kEllipsis = "...";
 
-struct ByteRange {
-  unsigned char first;
-  unsigned char last;
-};
-
-// The well-formed sequences of Unicode's table 3-7: lead bytes, length, range of the second byte
-// (which shuts out overlong forms, surrogates and what lies above U+10FFFF).
-struct SequenceForm {
-  ByteRange lead;
-  std::size_t length;
-  ByteRange second;
-};
-
-constexpr std::array<SequenceForm, 9> kForms{{
-    {{0x00, 0x7F}, 1, {0x00, 0xFF}},
-    {{0xC2, 0xDF}, 2, {0x80, 0xBF}},
-    {{0xE0, 0xE0}, 3, {0xA0, 0xBF}},
-    {{0xE1, 0xEC}, 3, {0x80, 0xBF}},
-    {{0xED, 0xED}, 3, {0x80, 0x9F}},
-    {{0xEE, 0xEF}, 3, {0x80, 0xBF}},
-    {{0xF0, 0xF0}, 4, {0x90, 0xBF}},
-    {{0xF1, 0xF3}, 4, {0x80, 0xBF}},
-    {{0xF4, 0xF4}, 4, {0x80, 0x8F}},
-}};
-
-constexpr ByteRange kContinuation{0x80, 0xBF};
-
-bool within(ByteRange range, char byte) noexcept {
-  const auto value = static_cast<unsigned char>(byte);
-  return value >= range.first && value <= range.last;
-}
-
-bool matches(const SequenceForm& form, std::string_view text) noexcept {
-  if (!within(form.lead, text[0]) || text.size() < form.length) return false;
-  if (form.length > 1 && !within(form.second, text[1])) return false;
-  const std::string_view tail = text.substr(std::min<std::size_t>(2, form.length),
-                                            form.length - std::min<std::size_t>(2, form.length));
-  return std::all_of(tail.begin(), tail.end(), [](char c) { return within(kContinuation, c); });
+bool isContinuation(char byte) noexcept {
+  return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80;
 }
 
 std::string byteEscape(char byte) {
@@ -114,7 +77,8 @@ std::string controlEscape(char control) {
 }
 
 bool isAsciiControl(std::string_view sequence) noexcept {
-  return sequence.size() == 1 && (within({0x00, 0x1F}, sequence[0]) || sequence[0] == '\x7F');
+  return sequence.size() == 1 &&
+         (static_cast<unsigned char>(sequence[0]) < 0x20 || sequence[0] == '\x7F');
 }
 
 std::string seenSequence(std::string_view sequence) {
@@ -126,7 +90,7 @@ std::string seenSequence(std::string_view sequence) {
 std::size_t offsetOfCharacter(std::string_view text, std::size_t count) noexcept {
   std::size_t at = 0;
   for (; at < text.size(); ++at) {
-    if (!within(kContinuation, text[at]) && count-- == 0) break;
+    if (!isContinuation(text[at]) && count-- == 0) break;
   }
   return at;
 }
@@ -146,31 +110,6 @@ void walk(std::string_view text, Sequence sequence, Stray stray) {
 }
 
 }  // namespace
-
-std::size_t sequenceLength(std::string_view text) noexcept {
-  if (text.empty()) return 0;
-  const auto* const form = std::find_if(kForms.begin(), kForms.end(),
-                                        [&](const SequenceForm& f) { return matches(f, text); });
-  return form == kForms.end() ? 0 : form->length;
-}
-
-bool isUtf8(std::string_view text) noexcept {
-  while (!text.empty()) {
-    const std::size_t length = sequenceLength(text);
-    if (length == 0) return false;
-    text.remove_prefix(length);
-  }
-  return true;
-}
-
-std::string toUtf8(std::string_view text) {
-  std::string result;
-  result.reserve(text.size());
-  walk(
-      text, [&](std::string_view sequence) { result += sequence; },
-      [&](char) { result += kReplacement; });
-  return result;
-}
 
 std::string visible(std::string_view text) {
   std::string result;
@@ -205,7 +144,7 @@ std::string shortened(std::string_view text, std::size_t most) {
 
 std::size_t characterCount(std::string_view text) noexcept {
   return static_cast<std::size_t>(
-      std::count_if(text.begin(), text.end(), [](char c) { return !within(kContinuation, c); }));
+      std::count_if(text.begin(), text.end(), [](char c) { return !isContinuation(c); }));
 }
 
 }  // namespace velhost

@@ -7,15 +7,13 @@
 #include <string>
 #include <string_view>
 
+#include "vel/utf8.h"
+
 namespace velhost {
 
-// How many bytes the UTF-8 sequence at the start of the text has (RFC 3629); 0 when there is none.
-std::size_t sequenceLength(std::string_view text) noexcept;
-
-bool isUtf8(std::string_view text) noexcept;
-
-// Each byte that is no part of a UTF-8 sequence becomes one U+FFFD.
-std::string toUtf8(std::string_view text);
+using NKRXVEL20::isUtf8;
+using NKRXVEL20::sequenceLength;
+using NKRXVEL20::toUtf8;
 
 // One line for people: bytes that are no UTF-8 and characters that a terminal obeys or does not show
 // (controls, direction overrides, zero-width characters) are shown as escapes.
