@@ -130,6 +130,7 @@ struct CimNamespace::State {
   FaultList faults;
   std::map<const ClassSchema*, InstanceList> instances;  // by class, in the order added
   std::vector<PublishedInstance> published;
+  OnEnumeration onEnumeration;
 
   // To be called before anything else that a plug-in's call does.
   void meetFaults(CimOperation operation, std::string_view className,
@@ -153,7 +154,7 @@ struct CimNamespace::State {
     if (!deep) return all;
     for (const ClassSchema& other : schema->classes) {
       if (&other == &cimClass || !derivesFrom(other, cimClass) || isMissing(other)) continue;
-      const InstanceList& more = ownInstances(other);
+      const InstanceList more = ownInstances(other);
       all.insert(all.end(), more.begin(), more.end());
     }
     return all;
@@ -166,10 +167,11 @@ struct CimNamespace::State {
   }
 
  private:
-  const InstanceList& ownInstances(const ClassSchema& cimClass) const {
-    static const InstanceList kNone;
+  // A copy: who enumerates may add to the class.
+  InstanceList ownInstances(const ClassSchema& cimClass) const {
+    if (onEnumeration && !onEnumeration(std::string(cimClass.name))) return {};
     const auto found = instances.find(&cimClass);
-    return found == instances.end() ? kNone : found->second;
+    return found == instances.end() ? InstanceList() : found->second;
   }
 };
 
@@ -255,7 +257,7 @@ class Class : public ICIMClass {
 
 CimNamespace::CimNamespace(std::vector<std::string> missingClasses, std::vector<Fault> faults)
     : state_(std::make_shared<State>(State{
-          currentSchema(), std::move(missingClasses), FaultList(std::move(faults)), {}, {}})) {}
+          currentSchema(), std::move(missingClasses), FaultList(std::move(faults)), {}, {}, {}})) {}
 
 CimNamespace::~CimNamespace() = default;
 
@@ -279,8 +281,25 @@ void CimNamespace::addCompanion(const std::string& className, const PropertyList
   state_->addToClass(instance);
 }
 
-std::vector<PublishedInstance> CimNamespace::takePublished() {
-  return std::exchange(state_->published, {});
+void CimNamespace::forget(const std::string& className) {
+  InstanceList& instances = state_->instances[&requireClass(*state_->schema, className)];
+  for (const auto& instance : instances) instance->inClass = false;
+  instances.clear();
 }
+
+void CimNamespace::setOnEnumeration(OnEnumeration onEnumeration) {
+  state_->onEnumeration = std::move(onEnumeration);
+}
+
+std::vector<PublishedInstance> CimNamespace::takePublished(std::size_t from) {
+  auto& published = state_->published;
+  const auto first = published.begin() + static_cast<std::ptrdiff_t>(from);
+  std::vector<PublishedInstance> taken(std::make_move_iterator(first),
+                                       std::make_move_iterator(published.end()));
+  published.erase(first, published.end());
+  return taken;
+}
+
+std::size_t CimNamespace::publishedCount() const { return state_->published.size(); }
 
 }  // namespace NKRXVEL20::host

@@ -4,6 +4,8 @@
 #pragma once
 
 #include <boost/shared_ptr.hpp>
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -63,8 +65,18 @@ class VEL_API CimNamespace : public ICIMNamespace {
   // ICIMClass::CreateInstance and ICIMInstance::SetProperty raise.
   void addCompanion(const std::string& className, const PropertyList& properties);
 
-  // What was added to classes by plug-ins since the last call, in order.
-  std::vector<PublishedInstance> takePublished();
+  // Takes the instances of a class out of it, as its collector is about to publish new ones.
+  void forget(const std::string& className);
+
+  // Is asked before a plug-in gets the instances of a class: false keeps the class's instances from
+  // it. It may have other plug-ins publish some first.
+  using OnEnumeration = std::function<bool(const std::string& className)>;
+  void setOnEnumeration(OnEnumeration onEnumeration);
+
+  // What was added to classes by plug-ins since the last call, in order; with `from` only what was
+  // added behind the first so many.
+  std::vector<PublishedInstance> takePublished(std::size_t from = 0);
+  std::size_t publishedCount() const;
 
   struct State;  // shared with the classes and instances handed out, which may outlive this object
 

@@ -456,5 +456,55 @@ TEST(CimNamespaceFaults, TheHostsOwnCallsMeetNoneAndAreNotCounted) {
   EXPECT_EQ("1", outcome([&] { instance->AddToClass({}); }));
 }
 
+NamespacePtr withUsbDevice() {
+  const NamespacePtr ns = makeNamespace();
+  ns->addCompanion("KRXSG_USBDevice", {{"Description", TCIMValue("first")}});
+  return ns;
+}
+
+TEST(CimNamespace, EnumerationIsAnnouncedAndMayFillTheClassOrBeKeptFromIt) {
+  const NamespacePtr ns = withUsbDevice();
+  std::vector<std::string> announced;
+  ns->setOnEnumeration([&](const std::string& name) {
+    announced.push_back(name);
+    if (name == "KRXSG_USBDevice") ns->addCompanion(name, {{"Description", TCIMValue("second")}});
+    return name != "KRXSG_TapeDrive";
+  });
+  ns->addCompanion("KRXSG_TapeDrive", {{"Description", TCIMValue("kept back")}});
+  EXPECT_THAT(descriptionsOf(ns, "KRXSG_USBDevice"), ElementsAre("first", "second"));
+  EXPECT_THAT(descriptionsOf(ns, "KRXSG_TapeDrive"), IsEmpty());
+  EXPECT_THAT(announced, ElementsAre("KRXSG_USBDevice", "KRXSG_TapeDrive"));
+}
+
+TEST(CimNamespace, DeepEnumerationIsAnnouncedForEachClass) {
+  const NamespacePtr ns = makeNamespace();
+  std::vector<std::string> announced;
+  ns->setOnEnumeration([&](const std::string& name) {
+    announced.push_back(name);
+    return true;
+  });
+  instancesOf(ns, "CIM_LogicalDevice");
+  EXPECT_THAT(announced, ElementsAre("CIM_LogicalDevice", "KRXSG_USBDevice", "KRXSG_TapeDrive"));
+}
+
+TEST(CimNamespace, ForgottenInstancesAreNoneOfTheClassUntilTheyAreAddedAnew) {
+  const NamespacePtr ns = withUsbDevice();
+  const InstancePtr own = newInstance(ns, "KRXSG_USBDevice");
+  own->AddToClass({});
+  ns->forget("KRXSG_USBDevice");
+  EXPECT_THAT(descriptionsOf(ns, "KRXSG_USBDevice"), IsEmpty());
+  own->AddToClass({});
+  EXPECT_THAT(descriptionsOf(ns, "KRXSG_USBDevice"), ElementsAre(""));
+}
+
+TEST(CimNamespace, WhatWasPublishedIsTakenFromAPlaceOn) {
+  const NamespacePtr ns = makeNamespace();
+  newInstance(ns, "KRXSG_USBDevice")->AddToClass({});
+  EXPECT_EQ(ns->publishedCount(), 1U);
+  newInstance(ns, "KRXSG_TapeDrive")->AddToClass({});
+  EXPECT_THAT(ns->takePublished(1), ElementsAre(PublishedInstance{"KRXSG_TapeDrive", {}}));
+  EXPECT_THAT(ns->takePublished(), ElementsAre(PublishedInstance{"KRXSG_USBDevice", {}}));
+}
+
 }  // namespace
 }  // namespace NKRXVEL20::host
