@@ -23,22 +23,25 @@ void useSchema(const benchmark::State&) {
 
 velhost::QueryRun loadOn(const char* machine) {
   return {velhost::machineOfFile(std::filesystem::path(MACHINES_DIR) / machine),
-          {.plugin = PLUGIN_FILE, .keepLogs = false, .keepTraffic = false, .onCoreLog = {}}};
+          {.collectors = {{PLUGIN_FILE}, {}},
+           .keepLogs = false,
+           .keepTraffic = false,
+           .onCoreLog = {}}};
 }
 
 // A load each time: what is collected stays in the plug-in object.
 void loadAndCollect(benchmark::State& state, const char* machine) {
   for (auto _ : state) {
     auto run = loadOn(machine);
-    benchmark::DoNotOptimize(run.request(velhost::defaultClasses(), true));
+    benchmark::DoNotOptimize(run.request(run.defaultClasses(), true));
   }
 }
 
 void publishAgain(benchmark::State& state, const char* machine) {
   auto run = loadOn(machine);
-  run.request(velhost::defaultClasses(), true);
+  run.request(run.defaultClasses(), true);
   for (auto _ : state) {
-    benchmark::DoNotOptimize(run.request(velhost::defaultClasses(), false));
+    benchmark::DoNotOptimize(run.request(run.defaultClasses(), false));
   }
 }
 

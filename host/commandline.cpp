@@ -108,12 +108,23 @@ void addPath(CLI::App& app, const std::string& name, std::optional<Value>& path,
       ->type_name("FILE");
 }
 
+void addPlugins(CLI::App& app, std::vector<std::filesystem::path>& plugins) {
+  app.add_option_function<std::vector<std::string>>(
+         "--plugin",
+         [&plugins](const std::vector<std::string>& files) {
+           plugins.assign(files.begin(), files.end());
+         },
+         "This plug-in and no others, may be repeated; default: those beside velhost")
+      ->type_name("FILE")
+      ->allow_extra_args(false);
+}
+
 CLI::App* addQuery(CLI::App& app, QueryCommand& query) {
   CLI::App* const command = app.add_subcommand("query", "Query the plug-in");
   command->add_option("CLASS", query.classes, "Classes to ask for; none: all that it serves")
       ->type_name("");
   addPath(*command, "--machine", query.machine, "Ask the machine that this file describes");
-  addPath(*command, "--plugin", query.plugin, "The plug-in; default: the one beside velhost");
+  addPlugins(*command, query.plugins);
   addFormat(*command, query.format, kQueryFormats);
   addPath(*command, "--output", query.output, "Write the answer to this file");
   addNumber(*command, "--repeat", query.repeat, 1U, "Make N requests");
@@ -136,7 +147,7 @@ CLI::App* addRecord(CLI::App& app, RecordCommand& record) {
   CLI::App* const command =
       app.add_subcommand("record", "Query the plug-in and write a machine file that answers alike");
   addPath(*command, "--machine", record.machine, "Record the machine that this file describes");
-  addPath(*command, "--plugin", record.plugin, "The plug-in; default: the one beside velhost");
+  addPlugins(*command, record.plugins);
   addPath(*command, "--output", record.output,
           "Write the machine file here, for you alone to read");
   command->add_flag("--force", record.force, "Replace the output file if it is there");
@@ -144,6 +155,10 @@ CLI::App* addRecord(CLI::App& app, RecordCommand& record) {
                     "Put pseudonyms for serial numbers, asset tags and unique ids");
   command->footer(kRecordNotes);
   return command;
+}
+
+CLI::App* addCollectors(CLI::App& app) {
+  return app.add_subcommand("collectors", "Show the collectors beside velhost and what they serve");
 }
 
 CLI::App* addCheck(CLI::App& app, std::vector<std::string>& files) {
@@ -167,6 +182,7 @@ Command parseCommandLine(int argc, const char* const* argv) {
   const CLI::App* const isClasses = addClasses(app, classes);
   const CLI::App* const isRecord = addRecord(app, record);
   const CLI::App* const isCheck = addCheck(app, files);
+  const CLI::App* const isCollectors = addCollectors(app);
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp&) {
@@ -179,8 +195,10 @@ Command parseCommandLine(int argc, const char* const* argv) {
   if (isQuery->parsed()) return query;
   if (isClasses->parsed()) return classes;
   if (isRecord->parsed()) return record;
+  if (isCollectors->parsed()) return CollectorsCommand{};
   if (isCheck->parsed()) return CheckCommand{{files.begin(), files.end()}};
-  throw InputError("a command is missing: query, classes, record or check; see velhost --help");
+  throw InputError(
+      "a command is missing: query, classes, collectors, record or check; see velhost --help");
 }
 
 }  // namespace velhost

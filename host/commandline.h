@@ -18,7 +18,7 @@ enum class Format { kTable, kJson, kTrace, kMof };
 struct QueryCommand {
   std::vector<std::string> classes;  // empty: all that the plug-in serves
   std::optional<std::filesystem::path> machine;
-  std::optional<std::filesystem::path> plugin;
+  std::vector<std::filesystem::path> plugins;  // none: those beside the program
   std::optional<std::filesystem::path> output;
   Format format = Format::kTable;
   unsigned repeat = 1;
@@ -35,9 +35,11 @@ struct CheckCommand {
   std::vector<std::filesystem::path> files;
 };
 
+struct CollectorsCommand {};
+
 struct RecordCommand {
   std::optional<std::filesystem::path> machine;
-  std::optional<std::filesystem::path> plugin;
+  std::vector<std::filesystem::path> plugins;  // none: those beside the program
   std::optional<std::filesystem::path> output;
   bool force = false;
   bool redact = false;
@@ -48,8 +50,8 @@ struct PrintCommand {
   std::string text;
 };
 
-using Command =
-    std::variant<QueryCommand, ClassesCommand, RecordCommand, CheckCommand, PrintCommand>;
+using Command = std::variant<QueryCommand, ClassesCommand, CollectorsCommand, RecordCommand,
+                             CheckCommand, PrintCommand>;
 
 // Throws InputError, one line, for bad usage.
 Command parseCommandLine(int argc, const char* const* argv);

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/commands.h"
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <string>
 
-#include "host/defaultplugin.h"
+#include "host/collectorfiles.h"
+#include "host/collectorlist.h"
 #include "host/machine.h"
 #include "host/machinefile.h"
 #include "host/machinewriter.h"
@@ -26,6 +28,7 @@ namespace {
 
 using NKRXVEL20::host::ClassSchema;
 using NKRXVEL20::host::LogEntry;
+using NKRXVEL20::host::PublishedInstance;
 
 constexpr std::size_t kLongestComplaint = 400;  // room for a path, a place and what is wrong there
 
@@ -39,12 +42,11 @@ const ClassSchema* schemaClass(const std::string& name) {
 // The answer in the format asked for, made of the results as they come in.
 class Answer {
  public:
-  Answer(Format format, const QueryContext& context) : format_(format), context_(context) {
-    if (format == Format::kTrace) trace_.emplace(context);
-  }
+  Answer(Format format, const QueryContext& context) : format_(format), context_(context) {}
 
   void add(QueryResult result) {
-    if (trace_) {
+    if (format_ == Format::kTrace) {
+      if (!trace_) trace_.emplace(context_);  // by now the context says who was asked
       trace_->add(result);
     } else {
       last_ = std::move(result);
@@ -89,11 +91,6 @@ Machine machineOf(const Command& command) {
 }
 
 template <class Command>
-std::filesystem::path pluginOf(const Command& command) {
-  return command.plugin ? *command.plugin : defaultPlugin(programFolder());
-}
-
-template <class Command>
 std::unique_ptr<OutputFile> outputOf(const Command& command, FileRules rules) {
   return command.output ? std::make_unique<OutputFile>(*command.output, rules) : nullptr;
 }
@@ -121,16 +118,33 @@ std::string classesText(Format format, const ClassList& named) {
   return format == Format::kJson ? schemaJson(classes) : schemaTable(classes);
 }
 
+// True when nothing failed.
+template <class Result>
+bool complainOfFailures(const Result& result) {
+  if (result.error) complainOf(*result.error);
+  for (const std::string& line : result.failures) complain(line);
+  return !result.error && result.failures.empty();
+}
+
+// Nobody asked for the other collectors' classes by name: those without instances are not shown.
+void leaveOutEmpty(const std::vector<std::string>& classes, QueryResult& result) {
+  std::erase_if(result.requested, [&](const std::string& name) {
+    return std::ranges::find(classes, name) != classes.end() &&
+           std::ranges::find(result.instances, name, &PublishedInstance::className) ==
+               result.instances.end();
+  });
+}
+
 // Makes the requests; true when all were answered.
-bool makeRequests(const QueryCommand& command, const std::vector<std::string>& classes,
-                  QueryRun& queryRun, Answer& answer) {
+bool makeRequests(const QueryCommand& command, QueryRun& queryRun, Answer& answer) {
+  const bool asksForAll = command.classes.empty();
+  const auto classes = asksForAll ? queryRun.defaultClasses() : command.classes;
+  const auto unnamed = asksForAll ? queryRun.companionClasses() : std::vector<std::string>();
   bool answered = true;
   for (unsigned i = 0; i < command.repeat; ++i) {
     QueryResult result = queryRun.request(classes, i == 0 || command.reinit);
-    if (result.error) {
-      complainOf(*result.error);
-      answered = false;
-    }
+    leaveOutEmpty(unnamed, result);
+    answered = complainOfFailures(result) && answered;
     answer.add(std::move(result));
   }
   return answered;
@@ -141,20 +155,19 @@ bool makeRequests(const QueryCommand& command, const std::vector<std::string>& c
 int run(const QueryCommand& command) {
   useSchema(programFolder());
   for (const std::string& name : command.classes) schemaClass(name);
-  const auto classes = command.classes.empty() ? defaultClasses() : command.classes;
   Machine machine = machineOf(command);
   const std::vector<std::string> unreadable = machine.unreadable;
   const auto output = outputOf(command, {});
-  const auto plugin = pluginOf(command);
+  auto collectors = collectorFiles(command.plugins, machine, programFolder());
 
   const int level = command.logLevel;
   const bool isTrace = command.format == Format::kTrace;
-  QueryRun queryRun(std::move(machine), {plugin, isTrace, isTrace, [level](const LogEntry& entry) {
-                                           showLogEntry(entry, level);
-                                         }});
+  QueryRun queryRun(std::move(machine),
+                    {std::move(collectors), isTrace, isTrace,
+                     [level](const LogEntry& entry) { showLogEntry(entry, level); }});
   for (const std::string& line : unreadable) complain(line);
   Answer answer(command.format, queryRun.context());
-  const bool answered = makeRequests(command, classes, queryRun, answer);
+  const bool answered = makeRequests(command, queryRun, answer);
   print(output, answer.text());
   return statusOf(answered, unreadable);
 }
@@ -167,16 +180,27 @@ int run(const ClassesCommand& command) {
   return kAnswered;
 }
 
+int run(const CollectorsCommand& /*command*/) {
+  useSchema(programFolder());
+  CollectorSet collectors({.loaded = {}, .onDemand = pluginsIn(collectorsFolder(programFolder()))});
+  collectors.loadAll();
+  writeStandardOutput(collectorList(collectors));
+  const auto failures = collectors.takeFailures();
+  for (const std::string& line : failures) complain(line);
+  return failures.empty() ? kAnswered : kRefused;
+}
+
 int run(const RecordCommand& command) {
   useSchema(programFolder());
   Machine machine = machineOf(command);
   const std::vector<std::string> unreadable = machine.unreadable;
   const auto output = outputOf(command, {.isPrivate = true, .mayReplace = command.force});
-  const Recording recording = record(std::move(machine), {pluginOf(command), command.redact});
+  auto collectors = collectorFiles(command.plugins, machine, programFolder());
+  const Recording recording = record(std::move(machine), {std::move(collectors), command.redact});
   for (const std::string& line : unreadable) complain(line);
-  if (recording.error) complainOf(*recording.error);
+  const bool answered = complainOfFailures(recording);
   print(output, machineFileText(recording.machine));
-  return statusOf(!recording.error, unreadable);
+  return statusOf(answered, unreadable);
 }
 
 int run(const CheckCommand& command) {

@@ -19,6 +19,7 @@ enum ExitStatus : int {
 
 int run(const QueryCommand& command);
 int run(const ClassesCommand& command);
+int run(const CollectorsCommand& command);
 int run(const RecordCommand& command);
 int run(const CheckCommand& command);
 int run(const PrintCommand& command);

@@ -7,9 +7,7 @@
 #include <cerrno>
 #include <utility>
 
-#include "host/livecompanions.h"
 #include "host/refusedsource.h"
-#include "host/udevtree.h"
 #include "velhost/smbios.h"
 
 namespace velhost {
@@ -38,13 +36,14 @@ Machine machineOfFile(const std::filesystem::path& file) {
   machine.smbios = std::move(described.smbios);
   machine.sp = host::makeSimulatedSP(std::move(described.sp));
   machine.companions = std::move(described.instances);
+  machine.givenClasses = std::move(described.givenClasses);
+  machine.collectors = std::move(described.collectors);
   machine.missingClasses = std::move(described.missingClasses);
   machine.faults = std::move(described.faults);
   return machine;
 }
 
-Machine liveMachine(const std::filesystem::path& smbiosFolder, host::LiveIpmi ipmi,
-                    DeviceTree& devices) {
+Machine liveMachine(const std::filesystem::path& smbiosFolder, host::LiveIpmi ipmi) {
   Machine machine;
   machine.source = "live";
   machine.name = hostName();
@@ -58,14 +57,10 @@ Machine liveMachine(const std::filesystem::path& smbiosFolder, host::LiveIpmi ip
   if (!ipmi.refusedDevice.empty()) {
     refused.push_back({ipmi.refusedDevice + ": Permission denied", true});
   }
-  machine.companions = liveCompanions(devices);
   if (!refused.empty()) machine.unreadable.push_back(refusalLine(refused));
   return machine;
 }
 
-Machine liveMachine() {
-  const auto devices = makeUdevTree();
-  return liveMachine(host::kLiveTableFolder, host::makeLiveIpmi(), *devices);
-}
+Machine liveMachine() { return liveMachine(host::kLiveTableFolder, host::makeLiveIpmi()); }
 
 }  // namespace velhost

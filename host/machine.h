@@ -9,7 +9,6 @@
 #include <string>
 #include <vector>
 
-#include "host/devicetree.h"
 #include "host/machinefile.h"
 #include "vel/splibrary.h"
 #include "velhost/spdriver.h"
@@ -24,6 +23,8 @@ struct Machine {
   std::optional<NKRXVEL20::host::SmbiosTable> smbios;
   std::unique_ptr<NKRXVEL20::SPLibrary> sp;
   std::vector<Companion> companions;
+  std::vector<std::string> givenClasses;  // of which the file gives the instances, if only none
+  std::vector<std::string> collectors;    // that a file lists besides the firmware collector
   std::vector<std::string> missingClasses;
   std::vector<NKRXVEL20::host::Fault> faults;
   std::vector<std::string> unreadable;  // lines that say what to do about it
@@ -36,7 +37,6 @@ Machine machineOfFile(const std::filesystem::path& file);
 Machine liveMachine();
 
 // The same from given sources; `smbiosFolder` is where the kernel shows the SMBIOS tables.
-Machine liveMachine(const std::filesystem::path& smbiosFolder, NKRXVEL20::host::LiveIpmi ipmi,
-                    DeviceTree& devices);
+Machine liveMachine(const std::filesystem::path& smbiosFolder, NKRXVEL20::host::LiveIpmi ipmi);
 
 }  // namespace velhost

@@ -78,11 +78,16 @@ PropertyList readProperties(const Cursor& at, const ClassSchema& cimClass) {
 void readInstances(const Cursor& at, DocumentReading& document) {
   at.eachMember([&](const std::string& name, const Cursor& list) {
     const ClassSchema& cimClass = classNamed(list, name);
+    document.machine.givenClasses.push_back(name);
     if (cimClass.isAbstract) list.fail("the class is abstract: it has no instances of its own");
     list.eachElement([&](const Cursor& item) {
       document.machine.instances.push_back({name, readProperties(item, cimClass)});
     });
   });
+}
+
+void readCollectors(const Cursor& at, DocumentReading& document) {
+  at.eachElement([&](const Cursor& item) { document.machine.collectors.push_back(item.text()); });
 }
 
 void readMissingClasses(const Cursor& at, DocumentReading& document) {
@@ -141,6 +146,7 @@ constexpr Member<DocumentReading> kMembers[] = {
                   DocumentReading& d) { d.machine.smbios = readSmbiosSection(at, d.folder); }},
     {"sp", [](const Cursor& at, DocumentReading& d) { d.machine.sp = readSpSection(at); }},
     {"instances", readInstances},
+    {"collectors", readCollectors},
     {"missing_classes", readMissingClasses},
     {"faults", readFaults},
 };

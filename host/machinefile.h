@@ -30,6 +30,8 @@ struct MachineFile {
   std::optional<NKRXVEL20::host::SmbiosTable> smbios;
   NKRXVEL20::host::SimulatedSP sp;  // without a section of its own: no SP, no BMC
   std::vector<Companion> instances;
+  std::vector<std::string> givenClasses;  // the keys of "instances"
+  std::vector<std::string> collectors;    // other collectors that run on the machine
   std::vector<std::string> missingClasses;
   std::vector<NKRXVEL20::host::Fault> faults;
 };

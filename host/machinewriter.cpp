@@ -133,9 +133,10 @@ Json spJson(const SimulatedSP& sp) {
   return json;
 }
 
-Json instancesJson(const std::vector<Companion>& companions) {
+Json instancesJson(const MachineFile& machine) {
   Json json = Json::object();
-  for (const Companion& companion : companions) {
+  for (const std::string& className : machine.givenClasses) json[className] = Json::array();
+  for (const Companion& companion : machine.instances) {
     Json properties = Json::object();
     for (const auto& [name, value] : companion.properties) properties[name] = plainValue(value);
     json[companion.className].push_back(std::move(properties));
@@ -160,7 +161,8 @@ std::string machineFileText(const MachineFile& machine) {
   if (machine.machineType) json["machine_type"] = *machine.machineType;
   if (machine.smbios) json["smbios"] = smbiosJson(*machine.smbios);
   putUnless(spJson({}), json, "sp", spJson(machine.sp));
-  putList(json, "instances", instancesJson(machine.instances));
+  putList(json, "instances", instancesJson(machine));
+  putList(json, "collectors", machine.collectors);
   putList(json, "missing_classes", machine.missingClasses);
   putList(json, "faults", list(machine.faults, faultJson));
   return documentText(json);

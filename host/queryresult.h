@@ -31,7 +31,8 @@ struct RequestError {
 struct QueryResult {
   std::vector<std::string> requested;
   std::vector<NKRXVEL20::host::PublishedInstance> instances;
-  std::optional<RequestError> error;
+  std::optional<RequestError> error;  // the first of those that were asked for their classes
+  std::vector<std::string> failures;  // a line for each collector that failed besides
   std::vector<NKRXVEL20::host::LogEntry> coreLog;  // kept where it is asked for, as the two below
   std::vector<NKRXVEL20::host::LogEntry> failureLog;
   std::vector<NKRXVEL20::host::TrafficEntry> traffic;

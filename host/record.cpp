@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/record.h"
 
+#include <algorithm>
 #include <array>
+#include <string_view>
 #include <utility>
 
 #include "host/credentials.h"
@@ -10,16 +12,22 @@
 #include "host/redaction.h"
 #include "host/utf8.h"
 #include "vel/splibrary.h"
+#include "velhost/schema.h"
 #include "velhost/spdriver.h"
 
 namespace velhost {
 namespace {
 
 using NKRXVEL20::SPLibrary;
+using NKRXVEL20::host::ClassSchema;
 using NKRXVEL20::host::SimulatedSP;
 using NKRXVEL20::host::SPKind;
 
 constexpr std::size_t kCommandListSize = 4096;
+
+bool contains(const std::vector<std::string>& names, const std::string& name) {
+  return std::ranges::find(names, name) != names.end();
+}
 
 SPKind kindOf(SPLibrary& library) {
   if (library.isDotcommand()) return SPKind::kDotCommand;
@@ -65,9 +73,44 @@ MachineFile describe(const Machine& machine) {
   described.machineType = machine.machineType;
   described.smbios = machine.smbios;
   described.instances = machine.companions;
+  described.givenClasses = machine.givenClasses;
+  described.collectors = machine.collectors;
   described.missingClasses = machine.missingClasses;
   described.faults = machine.faults;
   return described;
+}
+
+// The sources whose bytes the file holds, or that need none.
+constexpr std::string_view kRecordedSources[] = {
+    "DotCommand.VEL|", "TamberCommand.VEL|", "IPMI.VEL|",    "SMBIOS.DMTF|",
+    "Instance.VEL|",   "Constant.VEL|",      "Derived.VEL|",
+};
+
+bool isRecorded(std::string_view origin) {
+  return std::ranges::any_of(
+      kRecordedSources, [origin](std::string_view source) { return origin.starts_with(source); });
+}
+
+// What was asked gives the class's instances again: each value has its origin in it.
+bool isAskedAgain(const ClassSchema& cimClass) {
+  return std::ranges::all_of(cimClass.properties, [](const auto& property) {
+    return !property.mappingStrings.empty() &&
+           std::ranges::all_of(property.mappingStrings, isRecorded);
+  });
+}
+
+// A class of another collector is asked for again, from what the file holds, or else it is held as it
+// was published: whoever reads the file may have other devices, and no such collector.
+void addCompanionClass(const ClassSchema& cimClass, const QueryResult& result,
+                       MachineFile& machine) {
+  const std::string name(cimClass.name);
+  const std::string provider(cimClass.provider);
+  if (!contains(machine.collectors, provider)) machine.collectors.push_back(provider);
+  if (isAskedAgain(cimClass) || contains(machine.givenClasses, name)) return;
+  machine.givenClasses.push_back(name);
+  for (const auto& row : result.instances) {
+    if (row.className == name) machine.instances.push_back({name, row.properties});
+  }
 }
 
 void leaveOutCredentials(MachineFile& machine) {
@@ -84,9 +127,13 @@ Recording record(Machine machine, const RecordOptions& options) {
   Recording recording;
   recording.machine = describe(machine);
   leaveOutCredentials(recording.machine);
-  QueryRun queryRun(std::move(machine), {options.plugin, false, true, {}});
-  const QueryResult result = queryRun.request(defaultClasses(), true);
+  QueryRun queryRun(std::move(machine), {options.collectors, false, true, {}});
+  const QueryResult result = queryRun.request(queryRun.defaultClasses(), true);
   recording.error = result.error;
+  recording.failures = result.failures;
+  for (const std::string& name : queryRun.companionClasses()) {
+    addCompanionClass(*NKRXVEL20::host::findClass(name), result, recording.machine);
+  }
   recording.machine.sp = describeSP(result);
   if (options.redact) redact(recording.machine);
   return recording;

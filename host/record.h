@@ -3,22 +3,25 @@
 // Queries a machine and keeps all that the plug-in asked and was answered.
 #pragma once
 
-#include <filesystem>
 #include <optional>
+#include <string>
+#include <vector>
 
+#include "host/collectorset.h"
 #include "host/machine.h"
 #include "host/queryresult.h"
 
 namespace velhost {
 
 struct RecordOptions {
-  std::filesystem::path plugin;
+  CollectorFiles collectors;
   bool redact = false;
 };
 
 struct Recording {
   MachineFile machine;  // answers the same query alike
   std::optional<RequestError> error;
+  std::vector<std::string> failures;  // a line for each collector that failed besides
 };
 
 // Makes one request of the default classes. Throws PluginLoadError.

@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "host/inputerror.h"
+#include "host/ownersfile.h"
 #include "velhost/schema.h"
 
 namespace velhost {
@@ -21,8 +22,12 @@ std::filesystem::path schemaFolder(const std::filesystem::path& programFolder) {
 }
 
 void useSchema(const std::filesystem::path& programFolder) {
+  const auto folder = schemaFolder(programFolder);
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    if (const auto reason = whyRootRefuses(entry.path())) throw InputError(*reason);
+  }
   try {
-    NKRXVEL20::host::setSchema(NKRXVEL20::host::readSchema(schemaFolder(programFolder)));
+    NKRXVEL20::host::setSchema(NKRXVEL20::host::readSchema(folder));
   } catch (const NKRXVEL20::host::SchemaError& error) {
     throw InputError(error.what());
   }

@@ -14,7 +14,8 @@ Command parse(std::vector<const char*> arguments) {
 TEST(CommandLine, AQueryByItselfTakesTheDefaults) {
   const auto query = std::get<QueryCommand>(parse({"query"}));
   EXPECT_TRUE(query.classes.empty());
-  EXPECT_FALSE(query.machine || query.plugin || query.output);
+  EXPECT_FALSE(query.machine || query.output);
+  EXPECT_TRUE(query.plugins.empty());
   EXPECT_EQ(Format::kTable, query.format);
   EXPECT_EQ(1U, query.repeat);
   EXPECT_FALSE(query.reinit);
@@ -22,12 +23,12 @@ TEST(CommandLine, AQueryByItselfTakesTheDefaults) {
 }
 
 TEST(CommandLine, AQueryTakesClassesAndOptionsInAnyOrder) {
-  const auto query = std::get<QueryCommand>(
-      parse({"query", "B", "--machine", "m.json", "--format", "trace", "--repeat", "3", "--reinit",
-             "A", "--log-level=-2", "--plugin", "p.pi.so", "--output", "out", "B"}));
+  const auto query = std::get<QueryCommand>(parse(
+      {"query", "B", "--machine", "m.json", "--format", "trace", "--repeat", "3", "--reinit", "A",
+       "--log-level=-2", "--plugin", "p.pi.so", "--output", "out", "--plugin", "q.pi.so", "B"}));
   EXPECT_EQ((std::vector<std::string>{"B", "A", "B"}), query.classes);
   EXPECT_EQ("m.json", query.machine);
-  EXPECT_EQ("p.pi.so", query.plugin);
+  EXPECT_EQ((std::vector<std::filesystem::path>{"p.pi.so", "q.pi.so"}), query.plugins);
   EXPECT_EQ("out", query.output);
   EXPECT_EQ(Format::kTrace, query.format);
   EXPECT_EQ(3U, query.repeat);
@@ -58,7 +59,8 @@ TEST(CommandLine, CheckTakesFiles) {
 
 TEST(CommandLine, ARecordingByItselfTakesTheDefaults) {
   const auto record = std::get<RecordCommand>(parse({"record"}));
-  EXPECT_FALSE(record.machine || record.plugin || record.output);
+  EXPECT_FALSE(record.machine || record.output);
+  EXPECT_TRUE(record.plugins.empty());
   EXPECT_FALSE(record.force || record.redact);
 }
 
@@ -67,7 +69,7 @@ TEST(CommandLine, ARecordingTakesItsOptions) {
       std::get<RecordCommand>(parse({"record", "--machine", "m.json", "--plugin", "p.pi.so",
                                      "--output", "o.json", "--force", "--redact"}));
   EXPECT_EQ("m.json", record.machine);
-  EXPECT_EQ("p.pi.so", record.plugin);
+  EXPECT_EQ(std::vector<std::filesystem::path>{"p.pi.so"}, record.plugins);
   EXPECT_EQ("o.json", record.output);
   EXPECT_TRUE(record.force && record.redact);
 }

@@ -61,6 +61,7 @@ def fault(**members):
 GOOD = [
     machine(),
     machine(description="", machine_type="5010", missing_classes=["KRXSG_Vpd"]),
+    machine(collectors=["DeviceInventory"], instances={"KRXSG_TapeDrive": []}),
     smbios({"type": 0, "handle": 65535, "data": "01 02", "strings": ["a"], "status": -1}),
     smbios({"type": 127}, {"raw": "", "status": 3}, end_status=-1, load_status=1),
     smbios({"type": 1, "data": ["00", {"text": "a", "size": 2}, {"text": "b"}, {"zeros": 0}]}),

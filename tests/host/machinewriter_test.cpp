@@ -76,6 +76,8 @@ TEST(MachineWriter, WritesWhatTheReaderReads) {
        R"("PrimaryBIOS":false,"ReleaseDate":"20090714000000.000000+000"},{}],)"
        R"("KRXSG_USBDevice":[{"Description":"KRX cKVM"}]})",
        nullptr},
+      {"other collectors", R"("collectors":["DeviceInventory"])", nullptr},
+      {"a class without instances", R"("instances":{"KRXSG_TapeDrive":[]})", nullptr},
       {"missing classes", R"("missing_classes":["KRXSG_Vpd","KRXSG_IPMIFRU"])", nullptr},
       {"faults",
        R"("faults":[{"operation":"get_class"},{"operation":"create_instance","class":"KRXSG_Vpd"},)"

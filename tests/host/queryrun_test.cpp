@@ -21,7 +21,7 @@ Machine bareMachine() {
   return machine;
 }
 
-RunOptions traced() { return {TEST_PLUGIN, true, true, {}}; }
+RunOptions traced() { return {{{TEST_PLUGIN}, {}}, true, true, {}}; }
 
 Names classNames(const QueryResult& result) {
   Names names;
@@ -43,7 +43,7 @@ TEST(QueryRun, WithoutClassesAsksForTheTableOfTheFirmwareCollector) {
                    "KRXSG_HardwareRevisionLevel", "KRXSG_Vpd", "KRXSG_SPROMFirmwareVPDMain",
                    "KRXSG_SPROMFirmwareVPDBootROM", "KRXSG_DeviceDriver", "KRXSG_SystemBIOS",
                    "KRXSG_cKVM", "KRXSG_USBTapeFirmwareElement"}),
-            defaultClasses());
+            QueryRun(bareMachine(), traced()).defaultClasses());
 }
 
 TEST(QueryRun, InstancesComeInTheOrderOfTheRequest) {
@@ -77,7 +77,7 @@ TEST(QueryRun, LogsOfInitCountWithTheRequestThatFollows) {
 TEST(QueryRun, OnlyWhatIsAskedForIsKept) {
   for (const bool logs : {false, true}) {
     for (const bool traffic : {false, true}) {
-      QueryRun queryRun(bareMachine(), {TEST_PLUGIN, logs, traffic, {}});
+      QueryRun queryRun(bareMachine(), {{{TEST_PLUGIN}, {}}, logs, traffic, {}});
       const QueryResult logged = queryRun.request({"KRXSG_DeviceDriver"}, true);
       EXPECT_EQ(logs, !logged.coreLog.empty()) << traffic;
       EXPECT_EQ(logs, !logged.failureLog.empty()) << traffic;
@@ -149,8 +149,9 @@ TEST(QueryRun, WhateverThePluginsEndThrowsIsLogged) {
     Machine machine = bareMachine();
     machine.machineType = call;
     std::vector<LogEntry> seen;
-    QueryRun(std::move(machine),
-             {TEST_PLUGIN, false, false, [&](const LogEntry& entry) { seen.push_back(entry); }});
+    QueryRun(std::move(machine), {{{TEST_PLUGIN}, {}}, false, false, [&](const LogEntry& entry) {
+                                    seen.push_back(entry);
+                                  }});
     const std::string text = call + " failed: an exception that is no std::exception";
     EXPECT_EQ((std::vector<LogEntry>{{0, text}}), seen);
   }
@@ -204,7 +205,7 @@ TEST(QueryRun, APluginMayBeLoadedAgain) {
 
 TEST(QueryRun, WhatIsNoPluginIsNotLoaded) {
   for (const char* const file : {"/nowhere/none.pi.so", "/etc/hostname"}) {
-    EXPECT_THROW(QueryRun(bareMachine(), {file, false, false, {}}),
+    EXPECT_THROW(QueryRun(bareMachine(), {{{file}, {}}, false, false, {}}),
                  NKRXVEL20::host::PluginLoadError);
   }
 }

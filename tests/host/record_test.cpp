@@ -24,7 +24,7 @@ Machine bareMachine() {
 }
 
 Recording recordOf(Machine machine, bool redact = false) {
-  return record(std::move(machine), {TEST_PLUGIN, redact});
+  return record(std::move(machine), {{{TEST_PLUGIN}, {}}, redact});
 }
 
 std::string expectedText(const std::string& members) {
@@ -158,6 +158,19 @@ TEST(Record, RedactsWhenAsked) {
                                                             .properties.at(0)
                                                             .second.ToString());
   }
+}
+
+// What other collectors publish goes into the file where asking them again would need the devices.
+TEST(Record, OtherCollectorsAreListedAndTheirDevicesHeld) {
+  const CollectorFiles collectors{
+      {TEST_PLUGIN}, {TEST_PROVIDERS "/libdeviceinventory.pi.so"}, std::nullopt};
+  const Recording recording = record(bareMachine(), {collectors, false});
+  EXPECT_EQ(std::vector<std::string>{"DeviceInventory"}, recording.machine.collectors);
+  EXPECT_EQ((std::vector<std::string>{"KRXSG_USBDevice", "KRXSG_TapeDrive"}),
+            recording.machine.givenClasses);
+  ASSERT_EQ(2U, recording.machine.instances.size());
+  EXPECT_EQ("KRXSG_USBDevice", recording.machine.instances[0].className);
+  EXPECT_EQ("KRXSG_TapeDrive", recording.machine.instances[1].className);
 }
 
 }  // namespace

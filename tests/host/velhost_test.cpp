@@ -66,7 +66,7 @@ TEST_F(Velhost, BadUsageIsToldInOneLine) {
     Words arguments;
     const char* place;
   } cases[] = {
-      {"no command", {}, "query, classes, record or check"},
+      {"no command", {}, "query, classes, collectors, record or check"},
       {"unknown command", {"fly"}, "fly"},
       {"unknown option", {"query", "--fly"}, "--fly"},
       {"unknown option of check", {"check", "--fly", "x"}, "--fly"},
@@ -506,6 +506,27 @@ TEST_F(Velhost, ALiveMachineIsAnsweredOrSaysWhatToDo) {
   EXPECT_EQ(3, outcome.status);
   EXPECT_EQ(1, std::count(outcome.err.begin(), outcome.err.end(), '\n')) << outcome.err;
   EXPECT_NE(std::string::npos, outcome.err.find("--machine FILE")) << outcome.err;
+}
+
+TEST_F(Velhost, CollectorsAreListedWithTheirClasses) {
+  const ProgramOutcome outcome = run({"collectors"});
+  EXPECT_EQ(0, outcome.status);
+  EXPECT_EQ("", outcome.err);
+  EXPECT_NE(std::string::npos,
+            outcome.out.find("libdeviceinventory.pi.so\n  KRXSG_USBDevice\n  "
+                             "KRXSG_TapeDrive\nSPFirmwareVPD 1.0 (interface 1.0), "))
+      << outcome.out;
+}
+
+TEST_F(Velhost, AListedCollectorsClassesAreShown) {
+  const ProgramOutcome outcome = run(
+      {"query", "--format", "json", "--machine",
+       put("m.json", R"({ "format": "vel-machine/1", "name": "m", "collectors": ["DeviceInventory"],
+                  "instances": { "KRXSG_USBDevice": [ { "DeviceID": "U" } ],
+                                 "KRXSG_TapeDrive": [] } })")});
+  EXPECT_EQ(0, outcome.status) << outcome.err;
+  EXPECT_NE(std::string::npos, outcome.out.find(R"("KRXSG_USBDevice": [)")) << outcome.out;
+  EXPECT_EQ(std::string::npos, outcome.out.find("KRXSG_TapeDrive")) << outcome.out;
 }
 
 }  // namespace

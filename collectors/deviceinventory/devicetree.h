@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace velhost {
+namespace deviceinventory {
 
 class DeviceTree {
  public:
@@ -31,4 +31,4 @@ class DeviceTree {
                                             const std::string& devtype) = 0;
 };
 
-}  // namespace velhost
+}  // namespace deviceinventory

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/livecompanions.h"
+#include "collectors/deviceinventory/devices.h"
 
 #include <gtest/gtest.h>
 
 #include "scriptedtree.h"
 
-namespace velhost {
+namespace deviceinventory {
 namespace {
 
 using Texts = std::vector<std::string>;
@@ -33,15 +33,11 @@ ScriptedDevice goneAfter(int reads, ScriptedDevice device) {
   return device;
 }
 
-// "CLASS NAME=VALUE ...", a companion a line.
-Texts lines(const std::vector<Companion>& companions) {
+// "ID: description", a device a line; USB devices, then tape drives.
+Texts lines(DeviceTree& tree) {
   Texts all;
-  for (const Companion& companion : companions) {
-    std::string line = companion.className;
-    for (const auto& [name, value] : companion.properties) {
-      line += ' ' + name + '=' + value.ToString();
-    }
-    all.push_back(line);
+  for (const auto& devices : {usbDevices(tree), tapeDrives(tree)}) {
+    for (const Device& device : devices) all.push_back(device.deviceId + ": " + device.description);
   }
   return all;
 }
@@ -51,30 +47,27 @@ const std::map<std::string, std::string> kConsoleAttributes{{"idVendor", "1d6b"}
                                                             {"manufacturer", "KRX"},
                                                             {"product", "Console cKVM"}};
 
-TEST(LiveCompanions, DevicesBecomeInstances) {
+TEST(Devices, DevicesBecomeInstances) {
   const struct {
     const char* what;
     std::vector<ScriptedDevice> devices;
-    Texts companions;
+    Texts lines;
   } cases[] = {
       {"nothing, and libudev that lists nothing", {}, {}},
       {"USB devices and hubs by path, whatever the order in which they are listed",
        {usb(kConsole, kConsoleAttributes),
         usb(kStorage, {{"idVendor", "1d6b"}, {"idProduct", "0105"}, {"product", "USB tape"}}),
         usb(kHub, {{"idVendor", "1d6b"}, {"idProduct", "0002"}})},
-       {R"(KRXSG_USBDevice DeviceID=USB\VID_1D6B&PID_0002\usb1)",
-        R"(KRXSG_USBDevice DeviceID=USB\VID_1D6B&PID_0104\1-1 Description=KRX Console cKVM)",
-        R"(KRXSG_USBDevice DeviceID=USB\VID_1D6B&PID_0105\1-2 Description=USB tape)"}},
+       {R"(USB\VID_1D6B&PID_0002\usb1: )", R"(USB\VID_1D6B&PID_0104\1-1: KRX Console cKVM)",
+        R"(USB\VID_1D6B&PID_0105\1-2: USB tape)"}},
       {"tape drives behind the USB devices, on USB by their interface",
        {scsi(kUsbTape, "1"),
         scsi(kScsiTape, "1"),
         usb(kConsole, kConsoleAttributes),
         {kStorageInterface, "usb", "usb_interface", {}}},
-       {R"(KRXSG_USBDevice DeviceID=USB\VID_1D6B&PID_0104\1-1 Description=KRX Console cKVM)",
-        R"(KRXSG_TapeDrive DeviceID=USBSTOR\SEQUENTIAL&VEN_ACME&PROD_TAPE1&REV_0102\1-2:1.0&0 )"
-        "Description=ACME TAPE1",
-        R"(KRXSG_TapeDrive DeviceID=SCSI\SEQUENTIAL&VEN_ACME&PROD_TAPE1&REV_0102\0:0:4:0 )"
-        "Description=ACME TAPE1"}},
+       {R"(USB\VID_1D6B&PID_0104\1-1: KRX Console cKVM)",
+        R"(USBSTOR\SEQUENTIAL&VEN_ACME&PROD_TAPE1&REV_0102\1-2:1.0&0: ACME TAPE1)",
+        R"(SCSI\SEQUENTIAL&VEN_ACME&PROD_TAPE1&REV_0102\0:0:4:0: ACME TAPE1)"}},
       {"of SCSI only sequential access: no disk, changer, or type of two digits",
        {scsi("/sys/devices/0:0:0:0", "0"), scsi("/sys/devices/0:0:1:0", "8"),
         scsi("/sys/devices/0:0:2:0", "13")},
@@ -84,56 +77,53 @@ TEST(LiveCompanions, DevicesBecomeInstances) {
         {"/sys/devices/0:0:4:0/scsi_tape/nst0", "scsi_tape", "", {}},
         {"/sys/devices/0:0:4:0/scsi_tape/st0", "scsi_tape", "", {}},
         {"/sys/devices/0:0:4:0/scsi_tape/st0a", "scsi_tape", "", {}}},
-       {R"(KRXSG_TapeDrive DeviceID=SCSI\SEQUENTIAL&VEN_ACME&PROD_TAPE1&REV_0102\0:0:4:0 )"
-        "Description=ACME TAPE1"}},
+       {R"(SCSI\SEQUENTIAL&VEN_ACME&PROD_TAPE1&REV_0102\0:0:4:0: ACME TAPE1)"}},
   };
   for (const auto& c : cases) {
     ScriptedTree tree(c.devices);
-    EXPECT_EQ(c.companions, lines(liveCompanions(tree))) << c.what;
+    EXPECT_EQ(c.lines, lines(tree)) << c.what;
   }
 }
 
-TEST(LiveCompanions, WhatCannotBeReadIsLeftOut) {
+TEST(Devices, WhatCannotBeReadIsLeftOut) {
   const struct {
     const char* what;
     ScriptedDevice device;
-    Texts companions;
+    Texts lines;
   } cases[] = {
       {"USB device gone before anything was read",
        goneAfter(0, usb(kConsole, kConsoleAttributes)),
        {}},
       {"gone behind its vendor",
        goneAfter(1, usb(kConsole, kConsoleAttributes)),
-       {R"(KRXSG_USBDevice DeviceID=USB\VID_1D6B&PID_\1-1)"}},
+       {R"(USB\VID_1D6B&PID_\1-1: )"}},
       {"gone behind its identifiers",
        goneAfter(2, usb(kConsole, kConsoleAttributes)),
-       {R"(KRXSG_USBDevice DeviceID=USB\VID_1D6B&PID_0104\1-1)"}},
+       {R"(USB\VID_1D6B&PID_0104\1-1: )"}},
       {"gone behind its maker",
        goneAfter(3, usb(kConsole, kConsoleAttributes)),
-       {R"(KRXSG_USBDevice DeviceID=USB\VID_1D6B&PID_0104\1-1 Description=KRX)"}},
+       {R"(USB\VID_1D6B&PID_0104\1-1: KRX)"}},
       {"USB device without identifiers",
        usb(kConsole, {{"product", "cKVM"}}),
-       {R"(KRXSG_USBDevice DeviceID=USB\VID_&PID_\1-1 Description=cKVM)"}},
+       {R"(USB\VID_&PID_\1-1: cKVM)"}},
       {"SCSI device gone before its type was read", goneAfter(0, scsi(kScsiTape, "1")), {}},
       {"gone behind its type", goneAfter(1, scsi(kScsiTape, "1")), {}},
       {"gone behind its vendor",
        goneAfter(2, scsi(kScsiTape, "1")),
-       {R"(KRXSG_TapeDrive DeviceID=SCSI\SEQUENTIAL&VEN_ACME&PROD_&REV_\0:0:4:0 )"
-        "Description=ACME"}},
+       {R"(SCSI\SEQUENTIAL&VEN_ACME&PROD_&REV_\0:0:4:0: ACME)"}},
       {"gone behind its product",
        goneAfter(3, scsi(kScsiTape, "1")),
-       {R"(KRXSG_TapeDrive DeviceID=SCSI\SEQUENTIAL&VEN_ACME&PROD_TAPE1&REV_\0:0:4:0 )"
-        "Description=ACME TAPE1"}},
+       {R"(SCSI\SEQUENTIAL&VEN_ACME&PROD_TAPE1&REV_\0:0:4:0: ACME TAPE1)"}},
   };
   for (const auto& c : cases) {
     ScriptedTree tree({c.device});
-    EXPECT_EQ(c.companions, lines(liveCompanions(tree))) << c.what;
+    EXPECT_EQ(c.lines, lines(tree)) << c.what;
   }
 }
 
-TEST(LiveCompanions, AsksForNoMoreThanItNeeds) {
+TEST(Devices, AsksForNoMoreThanItNeeds) {
   ScriptedTree tree({usb("/u", kConsoleAttributes), scsi("/d", "0"), scsi("/t", "1")});
-  liveCompanions(tree);
+  lines(tree);
   EXPECT_EQ((Texts{"devices usb usb_device", "attribute /u idVendor", "attribute /u idProduct",
                    "attribute /u manufacturer", "attribute /u product", "devices scsi scsi_device",
                    "attribute /d type", "attribute /t type", "attribute /t vendor",
@@ -142,4 +132,4 @@ TEST(LiveCompanions, AsksForNoMoreThanItNeeds) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace deviceinventory

@@ -5,11 +5,11 @@
 
 #include <memory>
 
-#include "host/devicetree.h"
+#include "collectors/deviceinventory/devicetree.h"
 
-namespace velhost {
+namespace deviceinventory {
 
 // Without libudev's help (it has no memory left) the tree is empty.
 std::unique_ptr<DeviceTree> makeUdevTree();
 
-}  // namespace velhost
+}  // namespace deviceinventory

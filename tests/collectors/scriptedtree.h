@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "host/devicetree.h"
+#include "collectors/deviceinventory/devicetree.h"
 
-namespace velhost {
+namespace deviceinventory {
 
 struct ScriptedDevice {
   std::string path;
@@ -63,4 +63,4 @@ class ScriptedTree : public DeviceTree {
   std::vector<ScriptedDevice> devices_;
 };
 
-}  // namespace velhost
+}  // namespace deviceinventory

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace velhost {
+namespace deviceinventory {
 
 struct UsbDeviceTexts {
   std::string port;  // the kernel's name of where it is plugged in: 1-1.4, or usb1 for a root hub
@@ -36,4 +36,4 @@ std::string usbDeviceId(const UsbDeviceTexts& device);
 // SCSI\SEQUENTIAL&VEN_ACME&PROD_TAPE1&REV_0102\2:0:0:0.
 std::string tapeDeviceId(const TapeDriveTexts& drive);
 
-}  // namespace velhost
+}  // namespace deviceinventory

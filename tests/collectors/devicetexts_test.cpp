@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/devicetexts.h"
+#include "collectors/deviceinventory/devicetexts.h"
 
 #include <gtest/gtest.h>
 
-namespace velhost {
+namespace deviceinventory {
 namespace {
 
 TEST(DeviceTexts, DescriptionIsMakerAndProduct) {
@@ -94,4 +94,4 @@ TEST(DeviceTexts, TapeDeviceIdHasTheInquiryTextsAsFields) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace deviceinventory

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/devicetexts.h"
+#include "collectors/deviceinventory/devicetexts.h"
 
 #include <algorithm>
 
-#include "host/utf8.h"
+#include "vel/utf8.h"
 
-namespace velhost {
+namespace deviceinventory {
 namespace {
 
 bool isControl(char c) {
@@ -23,7 +23,7 @@ std::string_view withoutPadding(std::string_view text) {
 std::string plainText(std::string_view text) {
   std::string plain(withoutPadding(text));
   std::ranges::replace_if(plain, isControl, ' ');
-  return toUtf8(plain);
+  return NKRXVEL20::toUtf8(plain);
 }
 
 // Device identifiers are printable ASCII without blanks and commas; '&' and '\' part their fields.
@@ -70,4 +70,4 @@ std::string tapeDeviceId(const TapeDriveTexts& drive) {
          (usb ? drive.usbInterface + '&' + lun : drive.address);
 }
 
-}  // namespace velhost
+}  // namespace deviceinventory

@@ -2,7 +2,7 @@
 //
 // Defines the functions of libudev that are used, so this is a program of its own. They keep what
 // they were asked and count the objects that are still held; each of them can be made to fail.
-#include "host/udevtree.h"
+#include "collectors/deviceinventory/udevtree.h"
 
 #include <gtest/gtest.h>
 #include <libudev.h>
@@ -113,7 +113,7 @@ const char* udev_device_get_syspath(udev_device* device) {
 
 }  // extern "C"
 
-namespace velhost {
+namespace deviceinventory {
 namespace {
 
 // What a new tree answers when these functions of libudev fail; nothing is held afterwards.
@@ -166,4 +166,4 @@ TEST(UdevTree, WhateverFailsIsLeftOutAndNothingIsHeld) {
 }
 
 }  // namespace
-}  // namespace velhost
+}  // namespace deviceinventory

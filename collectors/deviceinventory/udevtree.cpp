@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/udevtree.h"
+#include "collectors/deviceinventory/udevtree.h"
 
 #include <libudev.h>
 
-namespace velhost {
+namespace deviceinventory {
 namespace {
 
 template <auto release>
@@ -86,4 +86,4 @@ std::optional<std::string> UdevTree::parent(const std::string& device, const std
 
 std::unique_ptr<DeviceTree> makeUdevTree() { return std::make_unique<UdevTree>(); }
 
-}  // namespace velhost
+}  // namespace deviceinventory
