@@ -2,51 +2,18 @@
 #include "mofsource.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <optional>
+
+#include "vel/utf8.h"
 
 namespace NKRXVEL20::mof {
 namespace {
 
 constexpr std::size_t kLargestSchema = std::size_t{4} << 20U;
 
-struct ByteRange {
-  unsigned char first;
-  unsigned char last;
-};
-
-// The well-formed sequences of Unicode's table 3-7 above ASCII: lead bytes, length, range of the
-// second byte.
-struct SequenceForm {
-  ByteRange lead;
-  std::size_t length;
-  ByteRange second;
-};
-
-constexpr SequenceForm kForms[] = {
-    {{0xC2, 0xDF}, 2, {0x80, 0xBF}}, {{0xE0, 0xE0}, 3, {0xA0, 0xBF}},
-    {{0xE1, 0xEC}, 3, {0x80, 0xBF}}, {{0xED, 0xED}, 3, {0x80, 0x9F}},
-    {{0xEE, 0xEF}, 3, {0x80, 0xBF}}, {{0xF0, 0xF0}, 4, {0x90, 0xBF}},
-    {{0xF1, 0xF3}, 4, {0x80, 0xBF}}, {{0xF4, 0xF4}, 4, {0x80, 0x8F}},
-};
-
-bool within(char byte, ByteRange range) {
-  const auto value = static_cast<unsigned char>(byte);
-  return value >= range.first && value <= range.last;
-}
-
-bool isContinuation(char byte) { return within(byte, {0x80, 0xBF}); }
-
-// The length of the sequence that the text begins with; 0 when it is not well formed.
-std::size_t sequenceLength(std::string_view text) {
-  const auto* const form = std::ranges::find_if(
-      kForms, [&](const SequenceForm& f) { return within(text.front(), f.lead); });
-  if (form == std::end(kForms) || text.size() < form->length || !within(text[1], form->second)) {
-    return 0;
-  }
-  const auto rest = text.substr(2, form->length - 2);
-  return std::ranges::all_of(rest, isContinuation) ? form->length : 0;
-}
+bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80; }
 
 // Whole words of ASCII are stepped over at once: nearly all of every schema is that.
 std::size_t skipAscii(std::string_view text, std::size_t at) {
