@@ -167,6 +167,20 @@ CLI::App* addCheck(CLI::App& app, std::vector<std::string>& files) {
   return command;
 }
 
+// What is printed in place of a command: help or the version. Throws InputError for bad usage.
+std::optional<PrintCommand> parse(CLI::App& app, int argc, const char* const* argv) {
+  try {
+    app.parse(argc, argv);
+    return std::nullopt;
+  } catch (const CLI::CallForHelp&) {
+    return PrintCommand{app.help("", CLI::AppFormatMode::All)};
+  } catch (const CLI::CallForVersion&) {
+    return PrintCommand{std::string(kVersion) + "\n"};
+  } catch (const CLI::ParseError& error) {
+    throw InputError(std::string(error.what()) + "; see velhost --help");
+  }
+}
+
 }  // namespace
 
 Command parseCommandLine(int argc, const char* const* argv) {
@@ -183,15 +197,7 @@ Command parseCommandLine(int argc, const char* const* argv) {
   const CLI::App* const isRecord = addRecord(app, record);
   const CLI::App* const isCheck = addCheck(app, files);
   const CLI::App* const isCollectors = addCollectors(app);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::CallForHelp&) {
-    return PrintCommand{app.help("", CLI::AppFormatMode::All)};
-  } catch (const CLI::CallForVersion&) {
-    return PrintCommand{std::string(kVersion) + "\n"};
-  } catch (const CLI::ParseError& error) {
-    throw InputError(std::string(error.what()) + "; see velhost --help");
-  }
+  if (const auto text = parse(app, argc, argv)) return *text;
   if (isQuery->parsed()) return query;
   if (isClasses->parsed()) return classes;
   if (isRecord->parsed()) return record;
