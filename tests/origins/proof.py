@@ -1,0 +1,226 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Explains a published instance by the lines of its class and what the collector was given.
+
+One view has to explain all properties together: one reply, one SMBIOS structure, one string of a
+structure and one instance of another collector at most. So a line cannot borrow the bytes of a
+reply that belongs to another component.
+"""
+
+import dataclasses
+import functools
+import itertools
+import re
+
+import derive_expected as witness
+import notation
+import rules
+
+# Bytes of a string set that are read: for the string of a number, for one that has a text in it.
+NUMBERED_READ, CONTAINING_READ = 100, 1024
+LONGEST_STRING = 99
+
+
+@dataclasses.dataclass(frozen=True)
+class View:
+    """What an instance is explained by; None for what has no part in it."""
+    reply: object
+    structure: tuple | None  # SMBIOS type, bytes
+    string: tuple | None     # SMBIOS type, bytes
+    companion: tuple | None  # class, values
+    placeholders: dict
+
+
+def holds(condition, instance):
+    name, comparison, text = condition
+    value = instance.text(name)
+    return {"set": name in instance.values, "unset": name not in instance.values,
+            "is": value == text, "is not": value != text,
+            "has": text in value, "lacks": text not in value}[comparison]
+
+
+# ---------------------------------------------------------------------------------------------
+# The bytes that a line names, in a view
+
+
+def command_matches(line, reply):
+    return (line.source == reply.source and len(line.command) == len(reply.command)
+            and all(byte in (notation.ANY, sent) for byte, sent in zip(line.command, reply.command))
+            and line.data in (None, reply.data))
+
+
+def bytes_of_reply(line, view):
+    if view.reply is None or not command_matches(line, view.reply):
+        return None
+    end = line.first + max(view.reply.length, 0) if line.last is None else line.last + 1
+    return view.reply.bytes[line.first:end]
+
+
+def bytes_of_smbios(line, view):
+    if line.contains:
+        found = view.string and view.string[0] == line.structure
+        return view.string[1] if found and line.contains.encode() in view.string[1] else None
+    if not view.structure or view.structure[0] != line.structure:
+        return None
+    data = view.structure[1].ljust(260, b"\0")
+    if line.kind != "string":
+        return data[line.offset:line.offset + {"uint8": 1, "uint16": 2}[line.kind]]
+    strings = data[data[1]:][:NUMBERED_READ]
+    return witness.string_number(strings, data[line.offset]).encode("latin-1")
+
+
+def bytes_of_companion(line, view):
+    if not view.companion or view.companion[0] != line.origin[0]:
+        return None
+    return str(view.companion[1].get(line.origin[1], "")).encode()
+
+
+BYTES = {"DotCommand.VEL": bytes_of_reply, "TamberCommand.VEL": bytes_of_reply,
+         "IPMI.VEL": bytes_of_reply, "SMBIOS.DMTF": bytes_of_smbios,
+         "Instance.VEL": bytes_of_companion,
+         "Constant.VEL": lambda line, view: b"", "Derived.VEL": lambda line, view: b""}
+
+
+# ---------------------------------------------------------------------------------------------
+# The value that a line gives
+
+
+@functools.cache
+def placeholders_of(template):
+    return re.findall(r"\{(.*?)\}", template)
+
+
+def filled_in(template, value, instance, view):
+    """None where the view has nothing for a placeholder."""
+    text = template
+    for name in placeholders_of(template):
+        part = value if not name else view.placeholders.get(name, instance.text(name))
+        if part is None:
+            return None
+        text = text.replace("{" + name + "}", part, 1)
+    return text
+
+
+def typed(text, sample):
+    if isinstance(sample, bool):
+        return {"TRUE": True, "FALSE": False}.get(text)
+    if isinstance(sample, int):
+        return int(text) if text.isdigit() else None
+    return text
+
+
+def explains(line, name, instance, view):
+    data = BYTES[line.source](line, view)
+    if data is None:
+        return False
+    value = rules.rule(line.rule)(data) if line.rule else ""
+    text = value if line.template == "{}" else filled_in(line.template, value, instance, view)
+    return text is not None and typed(text, instance.values[name]) == instance.values[name]
+
+
+# ---------------------------------------------------------------------------------------------
+# The views of a machine
+
+
+def replies_for(lines, machine):
+    named = [line for line in lines if line.command]
+    return [reply for reply in machine.replies
+            if any(command_matches(line, reply) for line in named)]
+
+
+def structures_for(lines, machine):
+    types = sorted({line.structure for line in lines if line.kind})
+    return [(number, data) for number in types for data in machine.structures(number)]
+
+
+def strings_of(structure):
+    length = structure[1] if len(structure) > 1 else 0
+    found = structure[length:][:CONTAINING_READ].split(b"\0")
+    return [text[:LONGEST_STRING] for text in found if text]
+
+
+def strings_for(lines, machine):
+    types = sorted({line.structure for line in lines if line.contains})
+    return [(number, text) for number in types for data in machine.structures(number)
+            for text in strings_of(data)]
+
+
+def companions_for(lines, machine):
+    classes = sorted({line.origin[0] for line in lines if line.origin})
+    return [(name, values) for name in classes for values in machine.companions.get(name, [])]
+
+
+def numbers(machine, reply):
+    """The numbers of SP and node, and the one in the command."""
+    if reply and reply.sp is not None:
+        return [(reply.sp, reply.command[-1] if reply.command else None)]
+    return [(sp, None) for sp in range(1, machine.nodes + 1)]
+
+
+def placeholders(machine, sp, n):
+    return {"sp": str(sp), "node": str(sp), "label": machine.label(sp),
+            "n": None if n is None else str(n)}
+
+
+def views(lines, machine):
+    replies = [*replies_for(lines, machine), None]
+    rest = [[*found(lines, machine), None]
+            for found in (structures_for, strings_for, companions_for)]
+    for reply in replies:
+        for sp, n in numbers(machine, reply):
+            for combination in itertools.product(*rest):
+                yield View(reply, *combination, placeholders(machine, sp, n))
+
+
+# ---------------------------------------------------------------------------------------------
+# The proof of an instance
+
+
+@dataclasses.dataclass
+class Outcome:
+    views: list        # that explain every property
+    lines: set         # (property, number of the line) that have a part in it
+    unexplained: list  # properties, of the view that explains most; none: proven
+
+
+def holding(lines, instance):
+    """(property, [(number, line)]) for each property that is set."""
+    return [(name, [(number, line) for number, line in enumerate(lines.get(name, []))
+                    if all(holds(condition, instance) for condition in line.conditions)])
+            for name in instance.values]
+
+
+def explained(view, wanted, instance):
+    """The properties that a view explains, with the numbers of the lines that do."""
+    return {(name, number) for name, found in wanted for number, line in found
+            if explains(line, name, instance, view)}
+
+
+def is_whole(view, wanted, instance):
+    return all(any(explains(line, name, instance, view) for _, line in found)
+               for name, found in wanted)
+
+
+def all_views(wanted, machine):
+    return views([line for _, found in wanted for _, line in found], machine)
+
+
+def nearest(wanted, instance, machine):
+    """The properties that stay unexplained in the view that explains most."""
+    known = [{name for name, _ in explained(view, wanted, instance)}
+             for view in all_views(wanted, machine)]
+    best = max(known, key=len)
+    return [name for name in instance.values if name not in best]
+
+
+def prove(lines, instance, machine):
+    wanted = holding(lines, instance)
+    whole = [view for view in all_views(wanted, machine) if is_whole(view, wanted, instance)]
+    used = set().union(*(explained(view, wanted, instance) for view in whole))
+    return Outcome(whole, used, [] if whole else nearest(wanted, instance, machine))
+
+
+def still_proven(lines, instance, machine, outcome):
+    """Whether other lines explain the instance too; the views of an earlier proof come first."""
+    wanted = holding(lines, instance)
+    return any(is_whole(view, wanted, instance)
+               for view in itertools.chain(outcome.views, all_views(wanted, machine)))
