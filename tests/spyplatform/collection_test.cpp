@@ -5,42 +5,12 @@
 // each collector is to do; another maker's platform has to see the very same ones.
 #include <algorithm>
 
-#include "tests/spyplatform/expectedcalls.h"
+#include "tests/spyplatform/expectedcollection.h"
 #include "tests/spyplatform/machines.h"
 #include "tests/spyplatform/spyfixture.h"
 
 namespace spyplatform {
 namespace {
-
-// The instances of the classes that a machine has any of.
-struct Collected {
-  std::vector<std::string> diagnostics;
-  std::vector<std::string> systemBios;
-  std::vector<std::string> hardware;
-  std::vector<std::string> vpd;
-  std::vector<std::string> main;
-  std::vector<std::string> bootRom;
-  std::vector<std::string> cKVM;
-};
-
-void publishAll(ExpectedCalls& expected, const Collected& collected) {
-  expected.publish("KRXSG_DiagnosticVPD", collected.diagnostics);
-  expected.publish("KRXSG_PostBIOSVPD");
-  expected.publish("KRXSG_SystemBIOSElement", collected.systemBios);
-  expected.publish("KRXSG_HardwareRevisionLevel", collected.hardware);
-  expected.publish("KRXSG_Vpd", collected.vpd);
-  expected.publish("KRXSG_SPROMFirmwareVPDMain", collected.main);
-  expected.publish("KRXSG_SPROMFirmwareVPDBootROM", collected.bootRom);
-  expected.publish("KRXSG_DeviceDriver");
-  expected.publish("KRXSG_SystemBIOS");
-  expected.publish("KRXSG_cKVM", collected.cKVM);
-  expected.publish("KRXSG_USBTapeFirmwareElement");
-}
-
-void noFruSource(ExpectedCalls& expected) {
-  expected.enumerate("KRXSG_IPMIFRU", 0);
-  expected.log(3, "spfirmwarevpd: There is no KRXSG_IPMIFRU instance.");
-}
 
 const OemString kDiagnosticsString = {"KRX Diagnostics DIA789", "KRXDiagnosticsDIA789"};
 const OemString kTorviksString = {"KRX Torviks Management Processor 12-B",
@@ -89,82 +59,13 @@ TEST_F(CollectionTest, SecondQueryPublishesOnlyAndUnloadingReleasesEverything) {
   EXPECT_EQ(released, (Trace{"~instance#1", "~instance#2", "~plug-in"}));
 }
 
-// The first DIMM answers, the second with nothing; the second power supply fails.
-void expectDimmsAndPowerSupplies(ExpectedCalls& expected, Collected& collected) {
-  expected.says("IsBMCMachine", false);
-  expected.log(3, "get DIMM info only from QLA");
-  expected.countComponents("04 03 05 0B 01", 2);
-  expected.exchange("04 03 05 0B 01", "00 00 7F 00", 0, 0, 99,
-                    [&] { collected.vpd.push_back(expected.dimm("", 1)); });
-  expected.exchange("04 03 05 0B 02", "00 00 7F 00", 99, 0, 0,
-                    [&] { expected.log(3, "DIMM  2 VPD not populated."); });
-  expected.countComponents("04 03 05 0C 01", 2);
-  expected.exchange("04 03 05 0C 01", "00 00 80 00", 0, 0, 55, [&] {
-    collected.vpd.push_back(expected.component({"Power Supply 1", ""}, "FRU-OF-PS001"));
-  });
-  expected.exchange("04 03 05 0C 02", "00 00 80 00", 55, 0, -1,
-                    [&] { expected.componentMissing("Power Supply  2 VPD not available "); });
-}
-
-// The power backplane answers with its other data set.
-void expectBackplanesAndBoards(ExpectedCalls& expected, Collected& collected) {
-  expected.says("IsBMCMachine", false);
-  expected.log(3, "get power backplane info only from QLA");
-  expected.exchange("04 03 05 0D 01", "00 00 81 00", 55, 0, -1, [&] {
-    expected.componentMissing("power backplane VPD not available...trying alternate data set");
-  });
-  expected.exchange("04 03 05 0D 01", "00 00 80 00", 55, 0, 55, [&] {
-    collected.vpd.push_back(expected.component({"Power BackPlane", ""}, " "));
-  });
-  expected.exchange("04 03 05 03 01", "00 00 A0 00", 55, 0, 55, [&] {
-    collected.vpd.push_back(expected.component({"Processor Card", ""}, "FRU-OF-CARD1"));
-  });
-  expected.countComponents("04 03 05 0E 01", 1);
-  expected.exchange("04 03 05 0E 01", "00 00 70 00", 55, 0, 55, [&] {
-    collected.vpd.push_back(expected.component({"DASD BackPlane", ""}, "FRU-OF-DASD1"));
-  });
-  expected.exchange("04 03 05 02 01", "10 00 10 00", 55, 0, 18, [&] {
-    collected.vpd.push_back(expected.planar({"Planar", ""}));
-  });
-}
-
 TEST_F(CollectionTest, MachineWithOneDotCommandSP) {
   describeMachineWithOneDotCommandSP();
   load();
   query(allClasses());
 
   ExpectedCalls expected;
-  Collected collected;
-  expected.construction();
-  expected.call("GetSplibraryInstance(0)");
-  expected.says("IsIPMIDriversPresent", true);
-  expected.says("IsBMCMachine", false);
-  noFruSource(expected);
-  expected.noOemStrings();
-  expected.machineType("7777");
-  expected.call("GetSplibraryInstance(0)");
-  expected.says("isDotcommand", true);
-  expected.says("checkSPComm", true);
-  expected.log(3, "Getting firmware and vpd");
-
-  expected.counts("discoverSPs", 1);
-  expected.descriptorWalk(0, true);
-  expected.enumerate("KRXSG_QLA_ComputerSystem", 2);
-  expected.computerSystem(0, 2, "second");
-  expected.computerSystem(1, 1, "The SP");
-  collected.main = {
-      expected.firmwareRecord("KRXSG_SPROMFirmwareVPDMain", "The SP Main VPD", "1", "MAIN.BIN")};
-  collected.bootRom = {expected.firmwareRecord("KRXSG_SPROMFirmwareVPDBootROM",
-                                               "The SP BootROM VPD", "1", "BOOT.BIN")};
-  collected.hardware = {expected.hardwareRecord("1", "5")};
-  collected.diagnostics = {expected.diagnosticsRecord("1")};
-
-  expected.buildCommandLists();
-  expected.counts("discoverSPs", 1);
-
-  expectDimmsAndPowerSupplies(expected, collected);
-  expectBackplanesAndBoards(expected, collected);
-  collected.systemBios = expected.systemBios("7777", 1, false, true);
+  const Collected collected = collectFromOneDotCommandSP(expected);
   publishAll(expected, collected);
   EXPECT_EQ(difference(takeTrace(), expected.lines()), "");
 }

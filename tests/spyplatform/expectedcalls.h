@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The calls that a collection makes, written down by hand from what each collector is to do, for
-// the structures and records of spyfixture.h. Repeated stretches are operations; each appends its
+// the structures and records of script.h. Repeated stretches are operations; each appends its
 // lines.
 #pragma once
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/spyplatform/machines.h"
 
-#include "tests/spyplatform/spyfixture.h"
+#include "tests/spyplatform/script.h"
 
 namespace spyplatform {
 
