@@ -32,7 +32,7 @@ PluginIdentity identityOf(NKRXVEL20::IPluginCallbacks& plugin) {
 // Says that something goes on while it lives.
 class Flag {
  public:
-  explicit Flag(bool& flag) : flag_(flag) { flag_ = true; }
+  explicit Flag(bool& flag) : flag_(flag) { flag = true; }
   ~Flag() { flag_ = false; }
   Flag(const Flag&) = delete;
   Flag& operator=(const Flag&) = delete;

@@ -23,7 +23,7 @@ std::string fileOf(std::string name) {
 
 CollectorSet::CollectorSet(CollectorFiles files) : files_(std::move(files)) {
   for (const auto& file : files_.loaded) load(file);
-  loadedAnyway_ = collectors_.size();
+  for (Collector& collector : collectors_) loadedAnyway_.push_back(&collector);
   if (collectors_.empty() && !failures_.empty()) {
     throw NKRXVEL20::host::PluginLoadError(failures_.front());
   }
@@ -69,11 +69,9 @@ Collector* CollectorSet::named(const std::string& name) {
 std::vector<Collector*> CollectorSet::serving(const std::string& className) {
   const auto* const cimClass = NKRXVEL20::host::findClass(className);
   if (Collector* provider = named(std::string(cimClass->provider))) return {provider};
-  std::vector<Collector*> all;
-  for (std::size_t i = 0; i < loadedAnyway_; ++i) all.push_back(&collectors_[i]);
-  if (!all.empty()) return all;
+  if (!loadedAnyway_.empty()) return loadedAnyway_;
   Collector* const firmware = named(kFirmwareCollector);
-  return firmware == nullptr ? all : std::vector{firmware};
+  return firmware == nullptr ? std::vector<Collector*>() : std::vector{firmware};
 }
 
 }  // namespace velhost

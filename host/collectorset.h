@@ -61,7 +61,7 @@ class CollectorSet {
   NKRXVEL20::host::PluginLoader loader_;
   CollectorFiles files_;
   std::deque<Collector> collectors_;  // pointers to them stay good
-  std::size_t loadedAnyway_ = 0;      // the first of them
+  std::vector<Collector*> loadedAnyway_;
   std::vector<std::string> failures_;
 };
 

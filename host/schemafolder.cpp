@@ -14,7 +14,7 @@ std::filesystem::path schemaFolder(const std::filesystem::path& programFolder) {
   const std::filesystem::path parent = programFolder.parent_path();
   for (const auto& data : {parent / VELHOST_DATA_FOLDER, parent / "share"}) {
     std::error_code ignored;
-    const auto folder = data / "vel" / "schema";
+    auto folder = data / "vel" / "schema";
     if (std::filesystem::is_directory(folder, ignored)) return folder;
   }
   throw InputError("the schema is not beside " + programFolder.string() + ": there is no " +

@@ -153,7 +153,8 @@ struct CimNamespace::State {
     InstanceList all = ownInstances(cimClass);
     if (!deep) return all;
     for (const ClassSchema& other : schema->classes) {
-      if (&other == &cimClass || !derivesFrom(other, cimClass) || isMissing(other)) continue;
+      if (&other == &cimClass || isMissing(other)) continue;
+      if (!derivesFrom(other, cimClass)) continue;  // NOLINT(readability-suspicious-call-argument)
       const InstanceList more = ownInstances(other);
       all.insert(all.end(), more.begin(), more.end());
     }
