@@ -40,7 +40,7 @@ inline constexpr std::size_t kLengthOffset = 1;  // DSP0134 6.1.2: Type, Length,
 template <std::size_t Size>
 std::array<char, Size> copyStringSet(const SmbiosBuffer& structure) {
   static_assert(0xFF + Size <= kSmbiosBufferSize, "a string set may reach past the structure");
-  std::array<char, Size> strings;
+  std::array<char, Size> strings{};
   std::copy_n(structure.begin() + structure[kLengthOffset], Size, strings.begin());
   return strings;
 }
