@@ -58,7 +58,8 @@ QueryRun::QueryRun(Machine machine, RunOptions options)
   if (const PluginIdentity* first = collectors_->first()) context_.plugin = *first;
 }
 
-QueryRun::~QueryRun() = default;
+// What a plug-in enumerates while it ends is not collected any more.
+QueryRun::~QueryRun() { namespace_->setOnEnumeration({}); }
 
 void QueryRun::installPlatform(Machine& machine) {
   namespace_ = boost::make_shared<host::CimNamespace>(machine.missingClasses, machine.faults);
