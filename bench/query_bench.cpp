@@ -5,7 +5,7 @@
 
 #include <filesystem>
 
-#include "host/queryrun.h"
+#include "host/collectors/queryrun.h"
 #include "velhost/schema.h"
 
 namespace {

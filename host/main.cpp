@@ -2,10 +2,10 @@
 #include <csignal>
 #include <variant>
 
-#include "host/commandline.h"
-#include "host/commands.h"
-#include "host/failure.h"
-#include "host/standardstreams.h"
+#include "host/commandline/commandline.h"
+#include "host/commandline/commands.h"
+#include "host/commandline/failure.h"
+#include "host/files/standardstreams.h"
 
 int main(int argc, char* argv[]) {
   // A file above the limit of its size is told as any other that cannot be written.

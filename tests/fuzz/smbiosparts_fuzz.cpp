@@ -7,8 +7,8 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "host/credentials.h"
-#include "host/smbiosparts.h"
+#include "host/machine/smbiosparts.h"
+#include "host/recording/credentials.h"
 
 namespace {
 

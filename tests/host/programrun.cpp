@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "programrun.h"
+#include "tests/host/programrun.h"
 
 #include <fcntl.h>
 #include <spawn.h>

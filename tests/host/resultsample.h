@@ -3,7 +3,7 @@
 // A query's result with every kind of entry, for the tests of the formats.
 #pragma once
 
-#include "host/queryresult.h"
+#include "host/collectors/queryresult.h"
 
 namespace velhost {
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "host/filecalls.h"
+#include "host/files/filecalls.h"
 
 namespace velhost {
 

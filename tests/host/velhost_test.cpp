@@ -9,7 +9,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "programrun.h"
+#include "tests/host/programrun.h"
 
 namespace velhost {
 namespace {

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The collectors of a run: which of them serves a class, loaded when it is first needed.
+#pragma once
+
+#include <deque>
+#include <filesystem>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/collectors/collector.h"
+
+namespace velhost {
+
+// Serves what no other collector does, and is asked first.
+inline constexpr char kFirmwareCollector[] = "SPFirmwareVPD";
+
+struct CollectorFiles {
+  std::vector<std::filesystem::path> loaded;    // in any case
+  std::vector<std::filesystem::path> onDemand;  // when a class of theirs is needed: libNAME.pi.so
+  // Which of those on demand there are, by name; nullopt: all.
+  std::optional<std::set<std::string>> names = std::nullopt;
+};
+
+class CollectorSet {
+ public:
+  // Throws PluginLoadError when one has to be loaded and none can be.
+  explicit CollectorSet(CollectorFiles files);
+
+  // The next question to each of them begins with Init.
+  void restart();
+
+  // The collector of that name, loaded now if need be; null when there is none.
+  Collector* named(const std::string& name);
+
+  // Loads all that are there.
+  void loadAll();
+
+  // Whom to ask for a class of the schema: the collector that its Provider names; otherwise each of
+  // those that were to be loaded in any case, or the firmware collector. Empty when there is none.
+  std::vector<Collector*> serving(const std::string& className);
+
+  const std::deque<Collector>& loaded() const { return collectors_; }
+
+  // The first that was to be loaded in any case; null when none was.
+  const PluginIdentity* first() const {
+    return collectors_.empty() ? nullptr : &collectors_.front().identity();
+  }
+
+  // Lines about collectors that could not be loaded, since the last call.
+  std::vector<std::string> takeFailures() { return std::exchange(failures_, {}); }
+
+ private:
+  bool isThere(const std::string& name) const;
+  Collector* loadedByName(const std::string& name);
+  void load(const std::filesystem::path& file);
+
+  NKRXVEL20::host::PluginLoader loader_;
+  CollectorFiles files_;
+  std::deque<Collector> collectors_;  // pointers to them stay good
+  std::vector<Collector*> loadedAnyway_;
+  std::vector<std::string> failures_;
+};
+
+}  // namespace velhost

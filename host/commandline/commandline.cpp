@@ -1,0 +1,210 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/commandline/commandline.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <charconv>
+#include <limits>
+#include <span>
+#include <string_view>
+#include <utility>
+
+namespace velhost {
+namespace {
+
+constexpr char kVersion[] = "velhost " VELHOST_VERSION;
+
+constexpr char kDescription[] =
+    "Loads a collector plug-in, queries it and shows the CIM instances that it publishes.";
+
+constexpr char kExamplesAndStatuses[] =
+    "Examples:\n"
+    "  velhost query\n"
+    "      what the firmware collector finds on this machine (as root: SMBIOS needs it)\n"
+    "  velhost query KRXSG_SystemBIOSElement --machine machines/uefi-two-node.json --format json\n"
+    "      the BIOS element of a machine that a file describes, for jq\n"
+    "  velhost record --redact --output server.json\n"
+    "      this machine as a file that can be queried elsewhere, without its serial numbers\n"
+    "\n"
+    "Exit status:\n"
+    "  0  answered\n"
+    "  1  the plug-in or the framework refused or failed\n"
+    "  2  bad usage or bad input; nothing was printed\n"
+    "  3  something of this machine could not be read; the rest was printed\n";
+
+constexpr char kQueryNotes[] =
+    "Formats:\n"
+    "  table  for people\n"
+    "  json   one key a class, plain values\n"
+    "  trace  everything: typed values, errors, both logs, the traffic with the SPs\n"
+    "With --repeat, table and json show the answer to the last request, trace shows all and keeps\n"
+    "them in memory until then.\n";
+
+constexpr char kClassesNotes[] =
+    "Formats:\n"
+    "  table  for people\n"
+    "  json   names, descriptions, properties with their types\n"
+    "  mof    everything, in DMTF's Managed Object Format, superclasses and qualifiers too\n";
+
+constexpr char kRecordNotes[] =
+    "System credentials among the OEM strings of SMBIOS are always left out.\n"
+    "With --redact the serial numbers, asset tags and unique ids of SMBIOS, of the SPs and of\n"
+    "devices get pseudonyms wherever they stand, also in OEM strings and vendors' structures.\n"
+    "The host's name, addresses and all else stay. docs/machine-file.md lists what is looked\n"
+    "for.\n";
+
+using FormatName = std::pair<std::string_view, Format>;
+constexpr FormatName kQueryFormats[] = {
+    {"table", Format::kTable}, {"json", Format::kJson}, {"trace", Format::kTrace}};
+constexpr FormatName kClassesFormats[] = {
+    {"table", Format::kTable}, {"json", Format::kJson}, {"mof", Format::kMof}};
+
+// The library's own conversion takes octal and hexadecimal numbers as well.
+template <class Number>
+void addNumber(CLI::App& app, const std::string& name, Number& value, Number lowest,
+               const std::string& description) {
+  app.add_option_function<std::string>(
+         name,
+         [name, &value, lowest](const std::string& text) {
+           Number number{};
+           const char* const end = text.data() + text.size();
+           const auto [rest, error] = std::from_chars(text.data(), end, number);
+           if (error != std::errc() || rest != end || number < lowest) {
+             throw CLI::ValidationError(
+                 name, "\"" + text + "\" is no whole number from " + std::to_string(lowest) +
+                           " to " + std::to_string(std::numeric_limits<Number>::max()));
+           }
+           value = number;
+         },
+         description)
+      ->type_name("N")
+      ->default_str(std::to_string(value));
+}
+
+void addFormat(CLI::App& app, Format& format, std::span<const FormatName> names) {
+  std::string list;
+  for (const auto& [name, value] : names) list += (list.empty() ? "" : ", ") + std::string(name);
+  app.add_option_function<std::string>(
+         "--format",
+         [&format, names, list](const std::string& text) {
+           const auto found = std::find_if(names.begin(), names.end(), [&](const FormatName& name) {
+             return name.first == text;
+           });
+           if (found == names.end()) {
+             throw CLI::ValidationError("--format", "\"" + text + "\" is none of " + list);
+           }
+           format = found->second;
+         },
+         "How the answer is printed: " + list)
+      ->type_name("FORMAT")
+      ->default_str("table");
+}
+
+template <class Value>
+void addPath(CLI::App& app, const std::string& name, std::optional<Value>& path,
+             const std::string& description) {
+  app.add_option_function<std::string>(
+         name, [&path](const std::string& text) { path = text; }, description)
+      ->type_name("FILE");
+}
+
+void addPlugins(CLI::App& app, std::vector<std::filesystem::path>& plugins) {
+  app.add_option_function<std::vector<std::string>>(
+         "--plugin",
+         [&plugins](const std::vector<std::string>& files) {
+           plugins.assign(files.begin(), files.end());
+         },
+         "This plug-in and no others, may be repeated; default: those beside velhost")
+      ->type_name("FILE")
+      ->allow_extra_args(false);
+}
+
+CLI::App* addQuery(CLI::App& app, QueryCommand& query) {
+  CLI::App* const command = app.add_subcommand("query", "Query the plug-in");
+  command->add_option("CLASS", query.classes, "Classes to ask for; none: all that it serves")
+      ->type_name("");
+  addPath(*command, "--machine", query.machine, "Ask the machine that this file describes");
+  addPlugins(*command, query.plugins);
+  addFormat(*command, query.format, kQueryFormats);
+  addPath(*command, "--output", query.output, "Write the answer to this file");
+  addNumber(*command, "--repeat", query.repeat, 1U, "Make N requests");
+  command->add_flag("--reinit", query.reinit, "Init again before each request but the first");
+  addNumber(*command, "--log-level", query.logLevel, std::numeric_limits<int>::min(),
+            "Show core-log entries with a severity up to N on standard error");
+  command->footer(kQueryNotes);
+  return command;
+}
+
+CLI::App* addClasses(CLI::App& app, ClassesCommand& classes) {
+  CLI::App* const command = app.add_subcommand("classes", "Show the classes of the schema");
+  command->add_option("CLASS", classes.classes, "Classes to show; none: all")->type_name("");
+  addFormat(*command, classes.format, kClassesFormats);
+  command->footer(kClassesNotes);
+  return command;
+}
+
+CLI::App* addRecord(CLI::App& app, RecordCommand& record) {
+  CLI::App* const command =
+      app.add_subcommand("record", "Query the plug-in and write a machine file that answers alike");
+  addPath(*command, "--machine", record.machine, "Record the machine that this file describes");
+  addPlugins(*command, record.plugins);
+  addPath(*command, "--output", record.output,
+          "Write the machine file here, for you alone to read");
+  command->add_flag("--force", record.force, "Replace the output file if it is there");
+  command->add_flag("--redact", record.redact,
+                    "Put pseudonyms for serial numbers, asset tags and unique ids");
+  command->footer(kRecordNotes);
+  return command;
+}
+
+CLI::App* addCollectors(CLI::App& app) {
+  return app.add_subcommand("collectors", "Show the collectors beside velhost and what they serve");
+}
+
+CLI::App* addCheck(CLI::App& app, std::vector<std::string>& files) {
+  CLI::App* const command = app.add_subcommand("check", "Check machine files");
+  command->add_option("FILE", files, "Machine files")->type_name("")->required();
+  return command;
+}
+
+// What is printed in place of a command: help or the version. Throws InputError for bad usage.
+std::optional<PrintCommand> parse(CLI::App& app, int argc, const char* const* argv) {
+  try {
+    app.parse(argc, argv);
+    return std::nullopt;
+  } catch (const CLI::CallForHelp&) {
+    return PrintCommand{app.help("", CLI::AppFormatMode::All)};
+  } catch (const CLI::CallForVersion&) {
+    return PrintCommand{std::string(kVersion) + "\n"};
+  } catch (const CLI::ParseError& error) {
+    throw InputError(std::string(error.what()) + "; see velhost --help");
+  }
+}
+
+}  // namespace
+
+Command parseCommandLine(int argc, const char* const* argv) {
+  QueryCommand query;
+  ClassesCommand classes;
+  RecordCommand record;
+  std::vector<std::string> files;
+  CLI::App app(kDescription, "velhost");
+  app.set_version_flag("--version", kVersion, "Print the version and exit");
+  app.footer(kExamplesAndStatuses);
+  app.require_subcommand(0, 1);  // one is needed, but an unknown word is to be named first
+  const CLI::App* const isQuery = addQuery(app, query);
+  const CLI::App* const isClasses = addClasses(app, classes);
+  const CLI::App* const isRecord = addRecord(app, record);
+  const CLI::App* const isCheck = addCheck(app, files);
+  const CLI::App* const isCollectors = addCollectors(app);
+  if (const auto text = parse(app, argc, argv)) return *text;
+  if (isQuery->parsed()) return query;
+  if (isClasses->parsed()) return classes;
+  if (isRecord->parsed()) return record;
+  if (isCollectors->parsed()) return CollectorsCommand{};
+  if (isCheck->parsed()) return CheckCommand{{files.begin(), files.end()}};
+  throw InputError(
+      "a command is missing: query, classes, collectors, record or check; see velhost --help");
+}
+
+}  // namespace velhost

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The command line, read into plain values.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "host/text/inputerror.h"
+
+namespace velhost {
+
+enum class Format { kTable, kJson, kTrace, kMof };
+
+struct QueryCommand {
+  std::vector<std::string> classes;  // empty: all that the plug-in serves
+  std::optional<std::filesystem::path> machine;
+  std::vector<std::filesystem::path> plugins;  // none: those beside the program
+  std::optional<std::filesystem::path> output;
+  Format format = Format::kTable;
+  unsigned repeat = 1;
+  bool reinit = false;
+  int logLevel = 1;
+};
+
+struct ClassesCommand {
+  std::vector<std::string> classes;  // empty: the whole schema
+  Format format = Format::kTable;
+};
+
+struct CheckCommand {
+  std::vector<std::filesystem::path> files;
+};
+
+struct CollectorsCommand {};
+
+struct RecordCommand {
+  std::optional<std::filesystem::path> machine;
+  std::vector<std::filesystem::path> plugins;  // none: those beside the program
+  std::optional<std::filesystem::path> output;
+  bool force = false;
+  bool redact = false;
+};
+
+// --help and --version.
+struct PrintCommand {
+  std::string text;
+};
+
+using Command = std::variant<QueryCommand, ClassesCommand, CollectorsCommand, RecordCommand,
+                             CheckCommand, PrintCommand>;
+
+// Throws InputError, one line, for bad usage.
+Command parseCommandLine(int argc, const char* const* argv);
+
+}  // namespace velhost

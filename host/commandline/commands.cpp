@@ -1,0 +1,230 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/commandline/commands.h"
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "host/collectors/collectorfiles.h"
+#include "host/collectors/queryrun.h"
+#include "host/collectors/requesterror.h"
+#include "host/collectors/schemafolder.h"
+#include "host/files/outputfile.h"
+#include "host/files/standardstreams.h"
+#include "host/formats/collectorlist.h"
+#include "host/formats/plainjson.h"
+#include "host/formats/resultdocument.h"
+#include "host/formats/schemaformat.h"
+#include "host/formats/tableformat.h"
+#include "host/machine/machine.h"
+#include "host/machine/machinefile.h"
+#include "host/machine/machinewriter.h"
+#include "host/recording/record.h"
+#include "host/text/utf8.h"
+
+namespace velhost {
+namespace {
+
+using NKRXVEL20::host::ClassSchema;
+using NKRXVEL20::host::LogEntry;
+using NKRXVEL20::host::PublishedInstance;
+
+constexpr std::size_t kLongestComplaint = 400;  // room for a path, a place and what is wrong there
+
+const ClassSchema* schemaClass(const std::string& name) {
+  const ClassSchema* const found = NKRXVEL20::host::findClass(name);
+  if (found == nullptr)
+    throw InputError("\"" + name + "\" is no class; velhost classes lists them");
+  return found;
+}
+
+// The answer in the format asked for, made of the results as they come in.
+class Answer {
+ public:
+  Answer(Format format, const QueryContext& context) : format_(format), context_(context) {}
+
+  void add(QueryResult result) {
+    if (format_ == Format::kTrace) {
+      if (!trace_) trace_.emplace(context_);  // by now the context says who was asked
+      trace_->add(result);
+    } else {
+      last_ = std::move(result);
+    }
+  }
+
+  std::string text() const {
+    if (trace_) return trace_->text();
+    return format_ == Format::kJson ? plainJson(last_) : tableText(context_, last_);
+  }
+
+ private:
+  Format format_;
+  const QueryContext& context_;
+  std::optional<ResultDocument> trace_;
+  QueryResult last_;
+};
+
+void print(const std::unique_ptr<OutputFile>& file, std::string_view text) {
+  if (file) {
+    file->write(text);
+  } else {
+    writeStandardOutput(text);
+  }
+}
+
+void writeErrorLine(const std::string& text) { writeStandardError("velhost: " + text + '\n'); }
+
+// Whole, however long: it was asked for.
+void showLogEntry(const LogEntry& entry, int level) {
+  if (entry.severity > level) return;
+  writeErrorLine("log[" + std::to_string(entry.severity) + "]: " + visible(entry.text));
+}
+
+void complainOf(const RequestError& error) {
+  complain("the plug-in refused the request: " + errorText(error));
+}
+
+template <class Command>
+Machine machineOf(const Command& command) {
+  return command.machine ? machineOfFile(*command.machine) : liveMachine();
+}
+
+template <class Command>
+std::unique_ptr<OutputFile> outputOf(const Command& command, FileRules rules) {
+  return command.output ? std::make_unique<OutputFile>(*command.output, rules) : nullptr;
+}
+
+ExitStatus statusOf(bool answered, const std::vector<std::string>& unreadable) {
+  if (!answered) return kRefused;
+  return unreadable.empty() ? kAnswered : kUnreadable;
+}
+
+// Classes that have instances: the abstract ones are shown to those who name them.
+ClassList concreteClasses() {
+  ClassList classes;
+  for (const ClassSchema& cimClass : NKRXVEL20::host::schema()) {
+    if (!cimClass.isAbstract) classes.push_back(&cimClass);
+  }
+  return classes;
+}
+
+std::string classesText(Format format, const ClassList& named) {
+  if (format == Format::kMof) {
+    const auto schema = NKRXVEL20::host::currentSchema();
+    return named.empty() ? mofText(*schema) : mofText(*schema, named);
+  }
+  const ClassList classes = named.empty() ? concreteClasses() : named;
+  return format == Format::kJson ? schemaJson(classes) : schemaTable(classes);
+}
+
+// True when nothing failed.
+template <class Result>
+bool complainOfFailures(const Result& result) {
+  if (result.error) complainOf(*result.error);
+  for (const std::string& line : result.failures) complain(line);
+  return !result.error && result.failures.empty();
+}
+
+// Nobody asked for the other collectors' classes by name: those without instances are not shown.
+void leaveOutEmpty(const std::vector<std::string>& classes, QueryResult& result) {
+  std::erase_if(result.requested, [&](const std::string& name) {
+    return std::ranges::find(classes, name) != classes.end() &&
+           std::ranges::find(result.instances, name, &PublishedInstance::className) ==
+               result.instances.end();
+  });
+}
+
+// Makes the requests; true when all were answered.
+bool makeRequests(const QueryCommand& command, QueryRun& queryRun, Answer& answer) {
+  const bool asksForAll = command.classes.empty();
+  const auto classes = asksForAll ? queryRun.defaultClasses() : command.classes;
+  const auto unnamed = asksForAll ? queryRun.companionClasses() : std::vector<std::string>();
+  bool answered = true;
+  for (unsigned i = 0; i < command.repeat; ++i) {
+    QueryResult result = queryRun.request(classes, i == 0 || command.reinit);
+    leaveOutEmpty(unnamed, result);
+    answered = complainOfFailures(result) && answered;
+    answer.add(std::move(result));
+  }
+  return answered;
+}
+
+}  // namespace
+
+int run(const QueryCommand& command) {
+  useSchema(programFolder());
+  for (const std::string& name : command.classes) schemaClass(name);
+  Machine machine = machineOf(command);
+  const std::vector<std::string> unreadable = machine.unreadable;
+  const auto output = outputOf(command, {});
+  auto collectors = collectorFiles(command.plugins, machine, programFolder());
+
+  const int level = command.logLevel;
+  const bool isTrace = command.format == Format::kTrace;
+  QueryRun queryRun(std::move(machine),
+                    {std::move(collectors), isTrace, isTrace,
+                     [level](const LogEntry& entry) { showLogEntry(entry, level); }});
+  for (const std::string& line : unreadable) complain(line);
+  Answer answer(command.format, queryRun.context());
+  const bool answered = makeRequests(command, queryRun, answer);
+  print(output, answer.text());
+  return statusOf(answered, unreadable);
+}
+
+int run(const ClassesCommand& command) {
+  useSchema(programFolder());
+  ClassList classes;
+  for (const std::string& name : command.classes) classes.push_back(schemaClass(name));
+  writeStandardOutput(classesText(command.format, classes));
+  return kAnswered;
+}
+
+int run(const CollectorsCommand& /*command*/) {
+  useSchema(programFolder());
+  CollectorSet collectors({.loaded = {}, .onDemand = pluginsIn(collectorsFolder(programFolder()))});
+  collectors.loadAll();
+  writeStandardOutput(collectorList(collectors));
+  const auto failures = collectors.takeFailures();
+  for (const std::string& line : failures) complain(line);
+  return failures.empty() ? kAnswered : kRefused;
+}
+
+int run(const RecordCommand& command) {
+  useSchema(programFolder());
+  Machine machine = machineOf(command);
+  const std::vector<std::string> unreadable = machine.unreadable;
+  const auto output = outputOf(command, {.isPrivate = true, .mayReplace = command.force});
+  auto collectors = collectorFiles(command.plugins, machine, programFolder());
+  const Recording recording = record(std::move(machine), {std::move(collectors), command.redact});
+  for (const std::string& line : unreadable) complain(line);
+  const bool answered = complainOfFailures(recording);
+  print(output, machineFileText(recording.machine));
+  return statusOf(answered, unreadable);
+}
+
+int run(const CheckCommand& command) {
+  useSchema(programFolder());
+  int status = kAnswered;
+  for (const auto& file : command.files) {
+    try {
+      static_cast<void>(readMachineFile(file));
+      writeStandardOutput(visible(file.string()) + ": ok\n");
+    } catch (const MachineFileError& error) {
+      complain(error.what());
+      status = kBadInput;
+    }
+  }
+  return status;
+}
+
+int run(const PrintCommand& command) {
+  writeStandardOutput(command.text);
+  return kAnswered;
+}
+
+void complain(std::string_view what) {
+  writeErrorLine(shortened(visible(what), kLongestComplaint));
+}
+
+}  // namespace velhost

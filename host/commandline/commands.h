@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What the program does, one function a command. Each prints its answer and returns the exit
+// status; bad input comes out as InputError or PluginLoadError before anything is printed.
+#pragma once
+
+#include <string_view>
+
+#include "host/commandline/commandline.h"
+
+namespace velhost {
+
+enum ExitStatus : int {
+  kAnswered = 0,
+  kRefused = 1,     // the plug-in or the framework refused or failed
+  kBadInput = 2,    // bad usage or bad input
+  kUnreadable = 3,  // something of the live machine could not be read
+};
+
+int run(const QueryCommand& command);
+int run(const ClassesCommand& command);
+int run(const CollectorsCommand& command);
+int run(const RecordCommand& command);
+int run(const CheckCommand& command);
+int run(const PrintCommand& command);
+
+// One line of bounded length on standard error, with the program's name.
+void complain(std::string_view what);
+
+}  // namespace velhost

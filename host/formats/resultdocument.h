@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The result document ("vel-result/1"): all that happened in a query, for programs.
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "host/collectors/queryresult.h"
+
+namespace velhost {
+
+class ResultDocument {
+ public:
+  explicit ResultDocument(const QueryContext& context);
+
+  void add(const QueryResult& result);
+  std::string text() const;
+
+ private:
+  nlohmann::ordered_json document_;
+};
+
+}  // namespace velhost

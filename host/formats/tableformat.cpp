@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/formats/tableformat.h"
+
+#include <algorithm>
+#include <string_view>
+#include <vector>
+
+#include "host/text/textlayout.h"
+#include "host/text/utf8.h"
+
+namespace velhost {
+namespace {
+
+using NKRXVEL20::ECIMType;
+using NKRXVEL20::TCIMValue;
+using NKRXVEL20::host::PropertyList;
+using NKRXVEL20::host::PublishedInstance;
+
+using InstanceList = std::vector<const PublishedInstance*>;
+
+// 20090714123000.000000+000 is shown as 2009-07-14 12:30:00, without a time that is midnight. The
+// offset and the fraction are left out when they are zero, anything unusual is shown as it is.
+std::string dateText(const std::string& cim) {
+  constexpr std::size_t kDateDigits = 8;
+  constexpr std::size_t kTimeDigits = 6;
+  const std::string_view tail = std::string_view(cim).substr(kDateDigits + kTimeDigits);
+  const std::string date = cim.substr(0, kDateDigits);
+  if (tail != ".000000+000" || date == "00000000") return cim;
+  const std::string time = cim.substr(kDateDigits, kTimeDigits);
+  std::string day = date.substr(0, 4) + '-' + date.substr(4, 2) + '-' + date.substr(6, 2);
+  if (time == "000000") return day;
+  return day + ' ' + time.substr(0, 2) + ':' + time.substr(2, 2) + ':' + time.substr(4, 2);
+}
+
+std::string cellText(const TCIMValue& value) {
+  const std::string text = value.ToString();
+  return value.GetType() == ECIMType::kDateTime ? dateText(text) : visible(text);
+}
+
+bool hasText(const PropertyList& properties, const std::string& name) {
+  return std::any_of(properties.begin(), properties.end(), [&](const auto& property) {
+    return property.first == name &&
+           property.second.ToString().find_first_not_of(' ') != std::string::npos;
+  });
+}
+
+// The names of the properties that say something in one instance at least: Name, then the others
+// in the order in which they turn up.
+TextRow shownNames(const InstanceList& instances) {
+  TextRow names{"Name"};
+  for (const PublishedInstance* const instance : instances) {
+    for (const auto& [name, value] : instance->properties) {
+      if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
+    }
+  }
+  const auto saysNothing = [&](const std::string& name) {
+    return std::none_of(instances.begin(), instances.end(), [&](const PublishedInstance* instance) {
+      return hasText(instance->properties, name);
+    });
+  };
+  names.erase(std::remove_if(names.begin(), names.end(), saysNothing), names.end());
+  return names;
+}
+
+std::string cellNamed(const PropertyList& properties, const std::string& name) {
+  const auto property = std::find_if(properties.begin(), properties.end(),
+                                     [&](const auto& p) { return p.first == name; });
+  return property == properties.end() ? "" : cellText(property->second);
+}
+
+// A line an instance, below a line of names.
+std::vector<TextRow> instancesAsRows(const InstanceList& instances) {
+  const TextRow names = shownNames(instances);
+  std::vector<TextRow> rows{names};
+  for (const PublishedInstance* const instance : instances) {
+    TextRow& row = rows.emplace_back();
+    for (const std::string& name : names) row.push_back(cellNamed(instance->properties, name));
+  }
+  return rows;
+}
+
+// A line a property: its name, then its value in each instance.
+std::vector<TextRow> propertiesAsRows(const InstanceList& instances) {
+  std::vector<TextRow> rows;
+  for (const std::string& name : shownNames(instances)) {
+    TextRow& row = rows.emplace_back(TextRow{name + ':'});
+    for (const PublishedInstance* const instance : instances) {
+      row.push_back(cellNamed(instance->properties, name));
+    }
+  }
+  return rows;
+}
+
+// Instances one below the other, which fits whatever their number.
+std::string asCards(const InstanceList& instances) {
+  std::string text;
+  for (const PublishedInstance* const instance : instances) {
+    if (!text.empty()) text += '\n';
+    text += alignedColumns(propertiesAsRows({instance}));
+  }
+  return text;
+}
+
+std::string instancesText(const InstanceList& instances) {
+  if (shownNames(instances).empty()) return "";
+  for (const auto& rows : {instancesAsRows(instances), propertiesAsRows(instances)}) {
+    if (columnsWidth(rows) <= kLineWidth) return alignedColumns(rows);
+  }
+  return asCards(instances);
+}
+
+std::string classBlock(const std::string& name, const InstanceList& instances) {
+  const std::string count = std::to_string(instances.size());
+  const std::string head =
+      name + "  (" + count + (instances.size() == 1 ? " instance)\n" : " instances)\n");
+  return head + instancesText(instances) + '\n';
+}
+
+InstanceList instancesOf(const QueryResult& result, const std::string& name) {
+  InstanceList instances;
+  for (const PublishedInstance& instance : result.instances) {
+    if (instance.className == name) instances.push_back(&instance);
+  }
+  return instances;
+}
+
+std::string headLine(const QueryContext& context) {
+  return visible(context.plugin.name) + ' ' + visible(context.plugin.version) + " on " +
+         visible(context.machineName) +
+         (context.machineSource == "live" ? " (this machine)" : " (machine file)") + "\n\n";
+}
+
+}  // namespace
+
+std::string tableText(const QueryContext& context, const QueryResult& result) {
+  std::string text = headLine(context);
+  std::vector<std::string> seen;
+  std::vector<std::string> empty;
+  for (const std::string& name : result.requested) {
+    if (std::find(seen.begin(), seen.end(), name) != seen.end()) continue;
+    seen.push_back(name);
+    const InstanceList instances = instancesOf(result, name);
+    if (instances.empty()) {
+      empty.push_back(name);
+    } else {
+      text += classBlock(name, instances);
+    }
+  }
+  return empty.empty() ? text.erase(text.size() - 1)
+                       : text + wrappedList("No instances:", empty, 2);
+}
+
+}  // namespace velhost

@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/machine/machinefile.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#include "host/files/wholefile.h"
+#include "host/machine/jsondocument.h"
+#include "host/machine/machinenames.h"
+#include "host/machine/smbiossection.h"
+#include "host/machine/spsection.h"
+#include "velhost/schema.h"
+
+namespace velhost {
+namespace {
+
+using NKRXVEL20::ECIMType;
+using NKRXVEL20::TCIMDateTime;
+using NKRXVEL20::TCIMValue;
+using NKRXVEL20::host::CimOperation;
+using NKRXVEL20::host::ClassSchema;
+using NKRXVEL20::host::Fault;
+using NKRXVEL20::host::PropertyList;
+
+struct DocumentReading {
+  std::filesystem::path folder;
+  MachineFile machine;
+};
+
+const ClassSchema& classNamed(const Cursor& at, const std::string& name) {
+  const ClassSchema* const found = NKRXVEL20::host::findClass(name);
+  if (found == nullptr) at.fail("the schema has no class of this name");
+  return *found;
+}
+
+std::string readClassName(const Cursor& at) { return std::string(classNamed(at, at.text()).name); }
+
+TCIMDateTime readDateTime(const Cursor& at) {
+  TCIMDateTime value(at.text());
+  if (value.ToString() != at.text()) {
+    at.fail("must be a CIM date-time such as 20090714000000.000000+000");
+  }
+  return value;
+}
+
+TCIMValue readValue(const Cursor& at, ECIMType type) {
+  switch (type) {
+    case ECIMType::kString:
+      return TCIMValue(at.text());
+    case ECIMType::kBoolean:
+      return TCIMValue(at.boolean());
+    case ECIMType::kUint8:
+      return TCIMValue(at.integer<std::uint8_t>());
+    case ECIMType::kUint16:
+      return TCIMValue(at.integer<std::uint16_t>());
+    case ECIMType::kUint64:
+      return TCIMValue(at.integer<std::uint64_t>());
+    case ECIMType::kDateTime:
+      return TCIMValue(readDateTime(at));
+    case ECIMType::kEmpty:
+      break;
+  }
+  at.fail("the schema gives this property no type");
+}
+
+PropertyList readProperties(const Cursor& at, const ClassSchema& cimClass) {
+  PropertyList properties;
+  at.eachMember([&](const std::string& name, const Cursor& value) {
+    const auto* const property = NKRXVEL20::host::findProperty(cimClass, name);
+    if (property == nullptr) {
+      value.fail(std::string(cimClass.name) + " has no property of this name");
+    }
+    properties.emplace_back(name, readValue(value, property->type));
+  });
+  return properties;
+}
+
+void readInstances(const Cursor& at, DocumentReading& document) {
+  at.eachMember([&](const std::string& name, const Cursor& list) {
+    const ClassSchema& cimClass = classNamed(list, name);
+    document.machine.givenClasses.push_back(name);
+    if (cimClass.isAbstract) list.fail("the class is abstract: it has no instances of its own");
+    list.eachElement([&](const Cursor& item) {
+      document.machine.instances.push_back({name, readProperties(item, cimClass)});
+    });
+  });
+}
+
+void readCollectors(const Cursor& at, DocumentReading& document) {
+  at.eachElement([&](const Cursor& item) { document.machine.collectors.push_back(item.text()); });
+}
+
+void readMissingClasses(const Cursor& at, DocumentReading& document) {
+  std::vector<std::string>& names = document.machine.missingClasses;
+  at.eachElement([&](const Cursor& item) {
+    std::string name = readClassName(item);
+    if (std::ranges::find(names, name) == names.end()) names.push_back(std::move(name));
+  });
+}
+
+constexpr Member<Fault> kFaultMembers[] = {
+    {"operation", [](const Cursor& at, Fault& f) { f.operation = choice(at, kOperations); }, true},
+    {"class", [](const Cursor& at, Fault& f) { f.className = readClassName(at); }},
+    {"property", [](const Cursor& at, Fault& f) { f.propertyName = at.text(); }},
+    {"nth", [](const Cursor& at, Fault& f) { f.nth = at.integer<unsigned>(1); }},
+    {"throw",
+     [](const Cursor& at, Fault& f) { f.throwsRuntimeError = choice(at, kThrownAsRuntimeError); }},
+};
+
+bool hasProperty(CimOperation operation) {
+  return operation == CimOperation::kGetProperty || operation == CimOperation::kSetProperty;
+}
+
+bool schemaHasProperty(const std::string& className, const std::string& propertyName) {
+  return std::ranges::any_of(NKRXVEL20::host::schema(), [&](const ClassSchema& cimClass) {
+    return (className.empty() || cimClass.name == className) &&
+           NKRXVEL20::host::findProperty(cimClass, propertyName) != nullptr;
+  });
+}
+
+Fault readFault(const Cursor& at) {
+  Fault fault;
+  readMembers(at, kFaultMembers, fault);
+  if (!at.has("property")) return fault;
+  if (!hasProperty(fault.operation)) at.failAt("property", "the operation has no property");
+  if (!schemaHasProperty(fault.className, fault.propertyName)) {
+    const std::string who =
+        fault.className.empty() ? "no class has a" : fault.className + " has no";
+    at.failAt("property", who + " property of this name");
+  }
+  return fault;
+}
+
+void readFaults(const Cursor& at, DocumentReading& document) {
+  at.eachElement([&](const Cursor& item) { document.machine.faults.push_back(readFault(item)); });
+}
+
+constexpr Member<DocumentReading> kMembers[] = {
+    {"format", [](const Cursor&, DocumentReading&) {}, true},  // looked at before all others
+    {"name", [](const Cursor& at, DocumentReading& d) { d.machine.name = at.text(); }, true},
+    {"description",
+     [](const Cursor& at, DocumentReading& d) { d.machine.description = at.text(); }},
+    {"machine_type",
+     [](const Cursor& at, DocumentReading& d) { d.machine.machineType = at.text(); }},
+    {"smbios", [](const Cursor& at,
+                  DocumentReading& d) { d.machine.smbios = readSmbiosSection(at, d.folder); }},
+    {"sp", [](const Cursor& at, DocumentReading& d) { d.machine.sp = readSpSection(at); }},
+    {"instances", readInstances},
+    {"collectors", readCollectors},
+    {"missing_classes", readMissingClasses},
+    {"faults", readFaults},
+};
+
+// Looked at first: in a document of another format everything else is likely wrong as well.
+void checkFormat(const Cursor& document) {
+  if (!document.has("format")) return;
+  document.eachMember([](const std::string& key, const Cursor& value) {
+    if (key == "format" && value.text() != kMachineFormat) {
+      value.fail("must be \"" + std::string(kMachineFormat) + '"');
+    }
+  });
+}
+
+}  // namespace
+
+MachineFile parseMachineFile(std::string_view text, const std::filesystem::path& file) {
+  try {
+    const Json document = parseDocument(text);
+    const Cursor root(document);
+    DocumentReading reading{file.parent_path(), {}};
+    checkFormat(root);
+    readMembers(root, kMembers, reading);
+    return std::move(reading.machine);
+  } catch (const DocumentError& error) {
+    throw MachineFileError(file.string() + ":" + error.what());
+  }
+}
+
+MachineFile readMachineFile(const std::filesystem::path& file) {
+  std::string text;
+  try {
+    text = readWholeFile(file, ReadFrom::kFileOrStream);
+  } catch (const FileReadError& error) {
+    throw MachineFileError(file.string() + ": cannot be read: " + error.what());
+  }
+  return parseMachineFile(text, file);
+}
+
+}  // namespace velhost

@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/commandline/commandline.h"
+
+#include <gtest/gtest.h>
+
+namespace velhost {
+namespace {
+
+Command parse(std::vector<const char*> arguments) {
+  arguments.insert(arguments.begin(), "velhost");
+  return parseCommandLine(static_cast<int>(arguments.size()), arguments.data());
+}
+
+TEST(CommandLine, AQueryByItselfTakesTheDefaults) {
+  const auto query = std::get<QueryCommand>(parse({"query"}));
+  EXPECT_TRUE(query.classes.empty());
+  EXPECT_FALSE(query.machine || query.output);
+  EXPECT_TRUE(query.plugins.empty());
+  EXPECT_EQ(Format::kTable, query.format);
+  EXPECT_EQ(1U, query.repeat);
+  EXPECT_FALSE(query.reinit);
+  EXPECT_EQ(1, query.logLevel);
+}
+
+TEST(CommandLine, AQueryTakesClassesAndOptionsInAnyOrder) {
+  const auto query = std::get<QueryCommand>(parse(
+      {"query", "B", "--machine", "m.json", "--format", "trace", "--repeat", "3", "--reinit", "A",
+       "--log-level=-2", "--plugin", "p.pi.so", "--output", "out", "--plugin", "q.pi.so", "B"}));
+  EXPECT_EQ((std::vector<std::string>{"B", "A", "B"}), query.classes);
+  EXPECT_EQ("m.json", query.machine);
+  EXPECT_EQ((std::vector<std::filesystem::path>{"p.pi.so", "q.pi.so"}), query.plugins);
+  EXPECT_EQ("out", query.output);
+  EXPECT_EQ(Format::kTrace, query.format);
+  EXPECT_EQ(3U, query.repeat);
+  EXPECT_TRUE(query.reinit);
+  EXPECT_EQ(-2, query.logLevel);
+}
+
+TEST(CommandLine, ALogLevelMayBeNegative) {
+  EXPECT_EQ(-1, std::get<QueryCommand>(parse({"query", "--log-level", "-1"})).logLevel);
+}
+
+TEST(CommandLine, NumbersAreDecimal) {
+  EXPECT_EQ(10U, std::get<QueryCommand>(parse({"query", "--repeat", "010"})).repeat);
+}
+
+TEST(CommandLine, ClassesTakesTableJsonAndMof) {
+  EXPECT_EQ(Format::kTable, std::get<ClassesCommand>(parse({"classes"})).format);
+  const auto classes = std::get<ClassesCommand>(parse({"classes", "A", "--format", "json"}));
+  EXPECT_EQ(std::vector<std::string>{"A"}, classes.classes);
+  EXPECT_EQ(Format::kJson, classes.format);
+  EXPECT_EQ(Format::kMof, std::get<ClassesCommand>(parse({"classes", "--format", "mof"})).format);
+}
+
+TEST(CommandLine, CheckTakesFiles) {
+  EXPECT_EQ((std::vector<std::filesystem::path>{"a", "query"}),
+            std::get<CheckCommand>(parse({"check", "a", "query"})).files);
+}
+
+TEST(CommandLine, ARecordingByItselfTakesTheDefaults) {
+  const auto record = std::get<RecordCommand>(parse({"record"}));
+  EXPECT_FALSE(record.machine || record.output);
+  EXPECT_TRUE(record.plugins.empty());
+  EXPECT_FALSE(record.force || record.redact);
+}
+
+TEST(CommandLine, ARecordingTakesItsOptions) {
+  const auto record =
+      std::get<RecordCommand>(parse({"record", "--machine", "m.json", "--plugin", "p.pi.so",
+                                     "--output", "o.json", "--force", "--redact"}));
+  EXPECT_EQ("m.json", record.machine);
+  EXPECT_EQ(std::vector<std::filesystem::path>{"p.pi.so"}, record.plugins);
+  EXPECT_EQ("o.json", record.output);
+  EXPECT_TRUE(record.force && record.redact);
+}
+
+TEST(CommandLine, HelpListsWhatThereIs) {
+  const std::string help = std::get<PrintCommand>(parse({"--help"})).text;
+  for (const char* const word :
+       {"query", "classes", "record", "check", "--version", "Exit status"}) {
+    EXPECT_NE(std::string::npos, help.find(word)) << word;
+  }
+  const std::string query = std::get<PrintCommand>(parse({"query", "--help"})).text;
+  for (const char* const word : {"--machine", "--plugin", "--format", "--output", "--repeat",
+                                 "--reinit", "--log-level", "table", "json", "trace"}) {
+    EXPECT_NE(std::string::npos, query.find(word)) << word;
+  }
+}
+
+TEST(CommandLine, HelpOfRecordListsItsOptions) {
+  const std::string help = std::get<PrintCommand>(parse({"record", "--help"})).text;
+  for (const char* const word : {"--machine", "--plugin", "--output", "--force", "--redact"}) {
+    EXPECT_NE(std::string::npos, help.find(word)) << word;
+  }
+}
+
+TEST(CommandLine, VersionIsNameAndNumber) {
+  EXPECT_EQ("velhost 1.0.0\n", std::get<PrintCommand>(parse({"--version"})).text);
+}
+
+TEST(CommandLine, BadUsageIsOneLine) {
+  const std::vector<const char*> cases[] = {
+      {},
+      {"fly"},
+      {"--machine", "m.json"},
+      {"query", "--fly"},
+      {"query", "--machine"},
+      {"query", "--machine", "a", "--machine", "b"},
+      {"query", "--format", "csv"},
+      {"query", "--format", "openmetrics"},
+      {"query", "--format", "Trace"},
+      {"query", "--format", ""},
+      {"query", "--repeat", "0"},
+      {"query", "--repeat", "-1"},
+      {"query", "--repeat", "three"},
+      {"query", "--repeat", "3x"},
+      {"query", "--repeat", "0x3"},
+      {"query", "--repeat", "1.5"},
+      {"query", "--repeat", ""},
+      {"query", "--repeat", "4294967296"},
+      {"query", "--log-level", "all"},
+      {"query", "--reinit=maybe"},
+      {"query", "--format", "mof"},
+      {"classes", "--format", "trace"},
+      {"classes", "--machine", "m.json"},
+      {"check"},
+      {"check", "--format", "json"},
+      {"record", "KRXSG_Vpd"},
+      {"record", "--output"},
+      {"record", "--format", "json"},
+      {"record", "--force=maybe"},
+  };
+  for (const auto& arguments : cases) {
+    std::string shown;
+    for (const char* const argument : arguments) shown += std::string(argument) + ' ';
+    try {
+      parse(arguments);
+      ADD_FAILURE() << "accepted: " << shown;
+    } catch (const InputError& error) {
+      EXPECT_EQ(std::string::npos, std::string(error.what()).find('\n')) << shown << error.what();
+    }
+  }
+}
+
+}  // namespace
+}  // namespace velhost
