@@ -47,6 +47,7 @@ void CollectorSet::load(const std::filesystem::path& file) {
   try {
     collectors_.emplace_back(loader_, file);
   } catch (const std::exception& error) {
+    notLoaded_.push_back(file);
     failures_.emplace_back(error.what());
   }
 }

@@ -45,6 +45,9 @@ class CollectorSet {
 
   const std::deque<Collector>& loaded() const { return collectors_; }
 
+  // The files that could not be loaded.
+  const std::vector<std::filesystem::path>& notLoaded() const { return notLoaded_; }
+
   // The first that was to be loaded in any case; null when none was.
   const PluginIdentity* first() const {
     return collectors_.empty() ? nullptr : &collectors_.front().identity();
@@ -62,6 +65,7 @@ class CollectorSet {
   CollectorFiles files_;
   std::deque<Collector> collectors_;  // pointers to them stay good
   std::vector<Collector*> loadedAnyway_;
+  std::vector<std::filesystem::path> notLoaded_;
   std::vector<std::string> failures_;
 };
 

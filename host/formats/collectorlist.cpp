@@ -10,7 +10,17 @@ namespace {
 std::string headLine(const Collector& collector) {
   const PluginIdentity& identity = collector.identity();
   return visible(identity.name) + ' ' + visible(identity.version) + " (interface " +
-         visible(identity.interfaceVersion) + "), " + visible(collector.file().string()) + '\n';
+         visible(identity.interfaceVersion) + "), loaded from " +
+         visible(collector.file().string()) + '\n';
+}
+
+std::string classLines(const std::string& provider) {
+  std::string lines;
+  for (const auto& cimClass : NKRXVEL20::host::schema()) {
+    if (cimClass.provider != provider || cimClass.isAbstract) continue;
+    lines += "  " + std::string(cimClass.name) + '\n';
+  }
+  return lines.empty() ? "  no class of the schema names it as its Provider\n" : lines;
 }
 
 }  // namespace
@@ -18,11 +28,10 @@ std::string headLine(const Collector& collector) {
 std::string collectorList(const CollectorSet& collectors) {
   std::string text;
   for (const Collector& collector : collectors.loaded()) {
-    text += headLine(collector);
-    for (const auto& cimClass : NKRXVEL20::host::schema()) {
-      if (cimClass.provider != collector.identity().name || cimClass.isAbstract) continue;
-      text += "  " + std::string(cimClass.name) + '\n';
-    }
+    text += headLine(collector) + classLines(collector.identity().name);
+  }
+  for (const auto& file : collectors.notLoaded()) {
+    text += "not loaded: " + visible(file.string()) + '\n';
   }
   return text;
 }

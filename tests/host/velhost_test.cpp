@@ -514,8 +514,41 @@ TEST_F(Velhost, CollectorsAreListedWithTheirClasses) {
   EXPECT_EQ("", outcome.err);
   EXPECT_NE(std::string::npos,
             outcome.out.find("libdeviceinventory.pi.so\n  KRXSG_USBDevice\n  "
-                             "KRXSG_TapeDrive\nSPFirmwareVPD 1.0 (interface 1.0), "))
+                             "KRXSG_TapeDrive\nSPFirmwareVPD 1.0 (interface 1.0), loaded from "))
       << outcome.out;
+}
+
+// An installation that has, beside a collector, one that no class is provided by and a file that is
+// no plug-in.
+TEST_F(Velhost, CollectorsAreListedWithTheirState) {
+  const fs::path build = fs::path(VELHOST).parent_path().parent_path();
+  const fs::path bin = folder_ / "bin";
+  const fs::path lib = folder_ / "lib";
+  fs::create_directories(bin);
+  fs::create_directories(lib);
+  fs::copy_file(VELHOST, bin / "velhost");
+  fs::create_directory_symlink(build / "share", folder_ / "share");
+  for (const char* const name :
+       {"libvelcore.so", "libplugin.nsp.so", "libspdriver.so", "libsmbios.so",
+        "libspfirmwarevpd.pi.so", "libdeviceinventory.pi.so"}) {
+    fs::create_symlink(build / "lib" / name, lib / name);
+  }
+  fs::create_symlink(TEST_PLUGIN, lib / "libtestplugin.pi.so");
+  put("lib/libbroken.pi.so", "no plug-in");
+
+  const ProgramOutcome outcome = runProgram(bin / "velhost", {{"collectors"}, ""});
+  EXPECT_EQ(1, outcome.status);
+  EXPECT_EQ("DeviceInventory 1.0 (interface 1.0), loaded from " +
+                (lib / "libdeviceinventory.pi.so").string() +
+                "\n  KRXSG_USBDevice\n  KRXSG_TapeDrive\n",
+            outcome.out.substr(0, outcome.out.find("SPFirmwareVPD")));
+  EXPECT_EQ("TestPlugin 0.9 (interface 1.0), loaded from " +
+                (lib / "libtestplugin.pi.so").string() +
+                "\n  no class of the schema names it as its Provider\nnot loaded: " +
+                (lib / "libbroken.pi.so").string() + "\n",
+            outcome.out.substr(std::min(outcome.out.find("TestPlugin"), outcome.out.size())));
+  EXPECT_TRUE(outcome.err.starts_with("velhost: " + (lib / "libbroken.pi.so").string() + ": "))
+      << outcome.err;
 }
 
 TEST_F(Velhost, AListedCollectorsClassesAreShown) {
