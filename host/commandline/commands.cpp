@@ -20,6 +20,7 @@
 #include "host/machine/machine.h"
 #include "host/machine/machinefile.h"
 #include "host/machine/machinewriter.h"
+#include "host/machine/refusedsource.h"
 #include "host/recording/record.h"
 #include "host/text/utf8.h"
 
@@ -95,10 +96,30 @@ std::unique_ptr<OutputFile> outputOf(const Command& command, FileRules rules) {
   return command.output ? std::make_unique<OutputFile>(*command.output, rules) : nullptr;
 }
 
-ExitStatus statusOf(bool answered, const std::vector<std::string>& unreadable) {
-  if (!answered) return kRefused;
-  return unreadable.empty() ? kAnswered : kUnreadable;
-}
+// Tells what of the live machine cannot be read: at once what was refused, and when it was asked
+// that its BMC did not answer.
+class Unreadable {
+ public:
+  explicit Unreadable(const Machine& machine)
+      : refused_(machine.unreadable), silence_(machine.silence) {}
+
+  void tellRefused() const {
+    for (const std::string& line : refused_) complain(line);
+  }
+  void tellSilence() const {
+    if (isSilent()) complain(silenceLine(**silence_));
+  }
+  ExitStatus status(bool answered) const {
+    if (!answered) return kRefused;
+    return refused_.empty() && !isSilent() ? kAnswered : kUnreadable;
+  }
+
+ private:
+  bool isSilent() const { return silence_ && *silence_; }
+
+  std::vector<std::string> refused_;
+  std::shared_ptr<const std::optional<NKRXVEL20::host::SilentBmc>> silence_;
+};
 
 // Classes that have instances: the abstract ones are shown to those who name them.
 ClassList concreteClasses() {
@@ -156,7 +177,7 @@ int run(const QueryCommand& command) {
   useSchema(programFolder());
   for (const std::string& name : command.classes) schemaClass(name);
   Machine machine = machineOf(command);
-  const std::vector<std::string> unreadable = machine.unreadable;
+  const Unreadable unreadable(machine);
   const auto output = outputOf(command, {});
   auto collectors = collectorFiles(command.plugins, machine, programFolder());
 
@@ -165,11 +186,12 @@ int run(const QueryCommand& command) {
   QueryRun queryRun(std::move(machine),
                     {std::move(collectors), isTrace, isTrace,
                      [level](const LogEntry& entry) { showLogEntry(entry, level); }});
-  for (const std::string& line : unreadable) complain(line);
+  unreadable.tellRefused();
   Answer answer(command.format, queryRun.context());
   const bool answered = makeRequests(command, queryRun, answer);
+  unreadable.tellSilence();
   print(output, answer.text());
-  return statusOf(answered, unreadable);
+  return unreadable.status(answered);
 }
 
 int run(const ClassesCommand& command) {
@@ -193,14 +215,15 @@ int run(const CollectorsCommand& /*command*/) {
 int run(const RecordCommand& command) {
   useSchema(programFolder());
   Machine machine = machineOf(command);
-  const std::vector<std::string> unreadable = machine.unreadable;
+  const Unreadable unreadable(machine);
   const auto output = outputOf(command, {.isPrivate = true, .mayReplace = command.force});
   auto collectors = collectorFiles(command.plugins, machine, programFolder());
   const Recording recording = record(std::move(machine), {std::move(collectors), command.redact});
-  for (const std::string& line : unreadable) complain(line);
+  unreadable.tellRefused();
   const bool answered = complainOfFailures(recording);
+  unreadable.tellSilence();
   print(output, machineFileText(recording.machine));
-  return statusOf(answered, unreadable);
+  return unreadable.status(answered);
 }
 
 int run(const CheckCommand& command) {

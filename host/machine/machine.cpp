@@ -54,6 +54,7 @@ Machine liveMachine(const std::filesystem::path& smbiosFolder, host::LiveIpmi ip
     refused.push_back({error.what(), isForbidden(error.error)});
   }
   machine.sp = std::move(ipmi.library);
+  machine.silence = std::move(ipmi.silence);
   if (!ipmi.refusedDevice.empty()) {
     refused.push_back({ipmi.refusedDevice + ": Permission denied", true});
   }

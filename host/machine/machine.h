@@ -28,6 +28,8 @@ struct Machine {
   std::vector<std::string> missingClasses;
   std::vector<NKRXVEL20::host::Fault> faults;
   std::vector<std::string> unreadable;  // lines that say what to do about it
+  // Of the live machine: that its BMC owes an answer, as soon as it does.
+  std::shared_ptr<const std::optional<NKRXVEL20::host::SilentBmc>> silence;
 };
 
 // Throws MachineFileError.

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "velhost/spdriver.h"
+
 namespace velhost {
 
 struct RefusedSource {
@@ -15,5 +17,8 @@ struct RefusedSource {
 
 // One line that names them all and says what to do.
 std::string refusalLine(const std::vector<RefusedSource>& sources);
+
+// One line that names the BMC's device, how long it was waited for and what to do.
+std::string silenceLine(const NKRXVEL20::host::SilentBmc& bmc);
 
 }  // namespace velhost

@@ -3,6 +3,7 @@
 
 #include <linux/ioctl.h>
 #include <linux/ipmi.h>
+#include <linux/ipmi_msgdefs.h>
 
 #include <algorithm>
 #include <array>
@@ -26,6 +27,16 @@ std::array<unsigned char, sizeof(ipmi_system_interface_addr)> bmcAddress(unsigne
   return bytes;
 }
 
+// The request is not one that the driver sends.
+bool isCallersFault(int result) { return result == -EINVAL || result == -EMSGSIZE; }
+
+// What the kernel's driver answers when the BMC does not. A BMC may say so itself of a single
+// command, but not after such a wait.
+bool isGivenUp(const std::vector<unsigned char>& reply, std::chrono::milliseconds waited) {
+  const bool isDrivers = reply.front() == IPMI_TIMEOUT_ERR || reply.front() == IPMI_ERR_UNSPECIFIED;
+  return isDrivers && waited >= std::chrono::seconds(1);
+}
+
 }  // namespace
 
 int IpmiDevice::retried(unsigned long operation, void* argument, Deadline deadline) {
@@ -36,8 +47,8 @@ int IpmiDevice::retried(unsigned long operation, void* argument, Deadline deadli
   return result;
 }
 
-bool IpmiDevice::send(const IpmiRequest& request, Deadline deadline) {
-  if (request.data.size() > IPMI_MAX_MSG_LENGTH) return false;
+int IpmiDevice::send(const IpmiRequest& request, Deadline deadline) {
+  if (request.data.size() > IPMI_MAX_MSG_LENGTH) return -EMSGSIZE;
   auto address = bmcAddress(request.lun);
   std::vector<unsigned char> data(request.data.begin(), request.data.end());
   ipmi_req message{};
@@ -48,7 +59,7 @@ bool IpmiDevice::send(const IpmiRequest& request, Deadline deadline) {
   message.msg.cmd = request.command;
   message.msg.data_len = static_cast<unsigned short>(data.size());
   message.msg.data = data.data();
-  return retried(IPMICTL_SEND_COMMAND, &message, deadline) >= 0;
+  return retried(IPMICTL_SEND_COMMAND, &message, deadline);
 }
 
 // False when the time is over, and when the device is gone (an event without input).
@@ -87,8 +98,19 @@ IpmiDevice::Received IpmiDevice::receive(std::vector<unsigned char>& reply, Dead
 
 std::optional<std::vector<unsigned char>> IpmiDevice::ask(const IpmiRequest& request,
                                                           std::size_t room) {
-  const Deadline deadline = calls_.now() + kIpmiTimeLimit;
-  if (!send(request, deadline)) return std::nullopt;
+  using std::chrono::milliseconds;
+  const auto start = calls_.now();
+  waitedInVain_.reset();
+  const int sent = send(request, start + kIpmiTimeLimit);
+  if (isCallersFault(sent)) return std::nullopt;
+  auto reply = sent < 0 ? std::nullopt : awaitReply(room, start + kIpmiTimeLimit);
+  const auto waited = std::chrono::duration_cast<milliseconds>(calls_.now() - start);
+  if (!reply || isGivenUp(*reply, waited)) waitedInVain_ = waited;
+  return reply;
+}
+
+std::optional<std::vector<unsigned char>> IpmiDevice::awaitReply(std::size_t room,
+                                                                 Deadline deadline) {
   std::vector<unsigned char> reply(std::min<std::size_t>(room, IPMI_MAX_MSG_LENGTH));
   while (waitForMessage(deadline)) {
     switch (receive(reply, deadline)) {
@@ -110,6 +132,7 @@ IpmiOpening openIpmiDevice(SystemCalls& calls) {
     while (file == -EINTR) file = calls.open(path);
     if (file >= 0) {
       opening.device = std::make_unique<IpmiDevice>(calls, file);
+      opening.name = path;
       opening.refused.clear();
       break;
     }

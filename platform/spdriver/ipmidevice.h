@@ -37,22 +37,30 @@ class IpmiDevice {
   // not be sent, the device failed, or no answer came within kIpmiTimeLimit.
   std::optional<std::vector<unsigned char>> ask(const IpmiRequest& request, std::size_t room);
 
+  // How long the last request was waited for, when the BMC owes the answer: none came, the device
+  // failed, or the kernel's driver gave up and answered in the BMC's place. nullopt otherwise, also
+  // for a request that the driver found wrong.
+  std::optional<std::chrono::milliseconds> waitedInVain() const { return waitedInVain_; }
+
  private:
   using Deadline = std::chrono::steady_clock::time_point;
   enum class Received { kReply, kNothingOfOurs, kFailure };
 
   int retried(unsigned long operation, void* argument, Deadline deadline);
-  bool send(const IpmiRequest& request, Deadline deadline);
+  int send(const IpmiRequest& request, Deadline deadline);
+  std::optional<std::vector<unsigned char>> awaitReply(std::size_t room, Deadline deadline);
   bool waitForMessage(Deadline deadline);
   Received receive(std::vector<unsigned char>& reply, Deadline deadline);
 
   SystemCalls& calls_;
   int file_;
   long sequence_ = 0;  // of the last request
+  std::optional<std::chrono::milliseconds> waitedInVain_;
 };
 
 struct IpmiOpening {
   std::unique_ptr<IpmiDevice> device;  // null: no device can be opened
+  std::string name;                    // of the device
   std::string refused;  // without a device: the one that exists but needs another user's rights
 };
 

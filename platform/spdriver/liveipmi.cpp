@@ -26,8 +26,10 @@ constexpr std::size_t kDeviceIdReplySize = 16;
 
 class LiveIpmiLibrary : public SPLibrary {
  public:
-  LiveIpmiLibrary(SystemCalls& calls, std::unique_ptr<IpmiDevice> device)
-      : calls_(calls), device_(std::move(device)) {}
+  LiveIpmiLibrary(SystemCalls& calls, IpmiOpening opening)
+      : calls_(calls), device_(std::move(opening.device)), name_(std::move(opening.name)) {}
+
+  std::shared_ptr<const std::optional<SilentBmc>> silence() const { return silence_; }
 
   int discoverSPs() override { return 0; }
   bool checkSPComm() override { return false; }
@@ -62,17 +64,26 @@ class LiveIpmiLibrary : public SPLibrary {
   }
 
  private:
+  std::optional<Bytes> ask(const IpmiRequest& request, std::size_t room);
   bool answersGetDeviceId();
 
   SystemCalls& calls_;
   std::unique_ptr<IpmiDevice> device_;
-  std::optional<bool> bmc_;  // asked once: a BMC that does not answer takes its time
+  std::string name_;
+  std::shared_ptr<std::optional<SilentBmc>> silence_ = std::make_shared<std::optional<SilentBmc>>();
+  std::optional<bool> bmc_;  // asked once
 };
 
+std::optional<Bytes> LiveIpmiLibrary::ask(const IpmiRequest& request, std::size_t room) {
+  if (!device_ || *silence_) return std::nullopt;
+  auto reply = device_->ask(request, room);
+  if (const auto waited = device_->waitedInVain()) *silence_ = SilentBmc{name_, *waited};
+  return reply;
+}
+
 bool LiveIpmiLibrary::answersGetDeviceId() {
-  if (!device_) return false;
   const auto reply =
-      device_->ask({IPMI_NETFN_APP_REQUEST, 0, IPMI_GET_DEVICE_ID_CMD, {}}, kDeviceIdReplySize);
+      ask({IPMI_NETFN_APP_REQUEST, 0, IPMI_GET_DEVICE_ID_CMD, {}}, kDeviceIdReplySize);
   return reply && reply->front() == IPMI_CC_NO_ERROR;
 }
 
@@ -85,14 +96,14 @@ bool LiveIpmiLibrary::sendIPMICommand(unsigned char* bytes, int* length, int cap
                                       bool /*wait*/) {
   *length = 0;
   const std::span<unsigned char> buffer = ipmiBuffer(bytes, capacity);
-  if (!device_ || buffer.size() < kIpmiRequestDataOffset) return false;
+  if (buffer.size() < kIpmiRequestDataOffset) return false;
   const std::size_t dataLength = ipmiDataLength(buffer);
   if (dataLength > buffer.size() - kIpmiRequestDataOffset) return false;
   const IpmiRequest request = {buffer[kIpmiNetworkFunctionOffset], buffer[kIpmiLunOffset],
                                buffer[kIpmiCommandOffset],
                                buffer.subspan(kIpmiRequestDataOffset, dataLength)};
   const std::span<unsigned char> answer = buffer.subspan(kIpmiCompletionCodeOffset);
-  const auto reply = device_->ask(request, answer.size());
+  const auto reply = ask(request, answer.size());
   if (!reply) return false;
   const auto behind = std::ranges::copy(*reply, answer.begin()).out;
   std::fill(behind, answer.end(), static_cast<unsigned char>(0));
@@ -104,8 +115,10 @@ bool LiveIpmiLibrary::sendIPMICommand(unsigned char* bytes, int* length, int cap
 
 LiveIpmi makeLiveIpmi(SystemCalls& calls) {
   IpmiOpening opening = openIpmiDevice(calls);
-  return {std::make_unique<LiveIpmiLibrary>(calls, std::move(opening.device)),
-          std::move(opening.refused)};
+  std::string refused = std::move(opening.refused);
+  auto library = std::make_unique<LiveIpmiLibrary>(calls, std::move(opening));
+  auto silence = library->silence();
+  return {std::move(library), std::move(refused), std::move(silence)};
 }
 
 LiveIpmi makeLiveIpmi() { return makeLiveIpmi(kernelCalls()); }

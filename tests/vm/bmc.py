@@ -24,7 +24,8 @@ mc_enable 0x20
 
 class Bmc:
     """Answers Master Write-Read with the bytes of `reply` (hex pairs, completion code first), and
-    all that a BMC must know as ipmi_sim does. Lives as long as its with block."""
+    all that a BMC must know as ipmi_sim does; without bytes it is deaf from that command on. Lives
+    as long as its with block."""
 
     def __init__(self, module, reply):
         self._module, self._reply = module, reply

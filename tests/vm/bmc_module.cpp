@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // A module for OpenIPMI's ipmi_sim: answers Master Write-Read (IPMI 2.0, 22.11) with the bytes that
-// its options name, completion code first, and prints each request's data on standard error.
+// its options name, completion code first, and prints each request's data on standard error. Without
+// bytes the whole BMC stands still from that request on.
 
 extern "C" {
 #include <OpenIPMI/ipmi_msgbits.h>
@@ -9,6 +10,7 @@ extern "C" {
 }
 
 #include <algorithm>
+#include <csignal>
 #include <iomanip>
 #include <iostream>
 #include <sstream>
@@ -26,6 +28,7 @@ void answerMasterWriteRead(lmc_data_t* /*mc*/, msg_t* request, unsigned char* da
   line << "master write-read:" << std::hex << std::uppercase << std::setfill('0');
   for (unsigned i = 0; i < request->len; ++i) line << ' ' << std::setw(2) << +request->data[i];
   std::cerr << line.str() << std::endl;
+  if (reply.empty()) static_cast<void>(std::raise(SIGSTOP));
   *size = static_cast<unsigned>(std::copy(reply.begin(), reply.end(), data) - data);
 }
 

@@ -276,5 +276,39 @@ class RefusingBmcTest(GuestTest):
         self.assert_replays("all", "recorded.json")
 
 
+class DeafBmcTest(GuestTest):
+    """The same machine with a BMC that is found and then answers nothing any more."""
+
+    @classmethod
+    def setUpClass(cls):
+        with Bmc(bed.BMC_MODULE, reply="") as bmc:
+            cls.boot(
+                """
+                usb_gadget console KRX "Console cKVM" C1 Loopback.0
+                plug_in console 0
+                await "ls /dev/ipmi0"
+                said all velhost query --log-level -1 --format json
+                said record velhost record --output recorded.json
+                """,
+                bed.BMC + bed.USB,
+                smbios("KRX Server 3105AC1", "KRX Diagnostics DIA789C12") + bmc.qemu(),
+            )
+
+    def test_silence_is_told_in_one_line_with_status_3(self):
+        for name in ("all", "record"):
+            status, _, err = self.said(name)
+            self.assertEqual("3\n", status)
+            self.assertRegex(
+                err, r"\Avelhost: the BMC behind /dev/ipmi0 did not answer within [45]\.\d s, [^\n]*\n\Z")
+
+    def test_the_rest_is_answered(self):
+        classes = json.loads(self.said("all")[1])
+        self.assertEqual("108", classes["KRXSG_SystemBIOSElement"][0]["Version"])  # 1.08
+
+    def test_recorded_file_is_whole(self):
+        recorded = json.loads(self.result.text("recorded.json"))
+        self.assertTrue(recorded["sp"]["ipmi_drivers"])
+
+
 if __name__ == "__main__":
     bed.main()

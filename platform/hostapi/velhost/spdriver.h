@@ -69,11 +69,21 @@ struct SimulatedSP {
 // A driver that answers from a description.
 VEL_API std::unique_ptr<SPLibrary> makeSimulatedSP(SimulatedSP description);
 
+// A BMC that owes an answer.
+struct SilentBmc {
+  std::string device;                   // that leads to it
+  std::chrono::milliseconds waited{0};  // for the answer
+};
+
 // The machine that the program runs on: the BMC that the kernel's IPMI driver reaches, and no
 // other service processor.
 struct LiveIpmi {
   std::unique_ptr<SPLibrary> library;
   std::string refusedDevice;  // the device that exists but needs more rights; empty: none
+  // Set by the library when the BMC owes an answer. From then on nothing is sent to it and every
+  // command fails at once: who waits for a silent BMC waits once, not once a command.
+  std::shared_ptr<const std::optional<SilentBmc>> silence =
+      std::make_shared<std::optional<SilentBmc>>();
 };
 
 // Opens /dev/ipmi0, /dev/ipmi/0 or /dev/ipmidev/0. A device that refuses counts as absent.

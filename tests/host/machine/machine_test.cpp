@@ -26,7 +26,9 @@ class LiveMachine : public ::testing::Test {
   static NKRXVEL20::host::LiveIpmi ipmi(const char* refusedDevice) {
     NKRXVEL20::host::SimulatedSP sp;
     sp.bmc = true;
-    return {NKRXVEL20::host::makeSimulatedSP(sp), refusedDevice};
+    return {NKRXVEL20::host::makeSimulatedSP(sp), refusedDevice,
+            std::make_shared<std::optional<NKRXVEL20::host::SilentBmc>>(
+                NKRXVEL20::host::SilentBmc{"/dev/ipmi0", std::chrono::seconds(5)})};
   }
 
   std::string noTable() const { return (folder_ / "none").string(); }
@@ -42,6 +44,7 @@ TEST_F(LiveMachine, IsMadeOfItsSources) {
   EXPECT_EQ(1U, machine.smbios->structures.size());
   ASSERT_TRUE(machine.sp);
   EXPECT_TRUE(machine.sp->IsBMCMachine());
+  EXPECT_EQ("/dev/ipmi0", (*machine.silence)->device);
   EXPECT_EQ(Lines{}, machine.unreadable);
 }
 

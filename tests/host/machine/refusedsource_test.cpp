@@ -32,5 +32,22 @@ TEST(RefusedSource, OneLineNamesAllAndSaysWhatToDo) {
   for (const auto& c : cases) EXPECT_EQ(c.line, refusalLine(c.sources)) << c.what;
 }
 
+TEST(RefusedSource, ASilentBmcIsNamedWithTheWait) {
+  using std::chrono::milliseconds;
+  const struct {
+    milliseconds waited;
+    const char* within;
+  } cases[] = {{milliseconds(5000), "5.0 s"},
+               {milliseconds(4149), "4.1 s"},
+               {milliseconds(4150), "4.2 s"},
+               {milliseconds(49), "0.0 s"}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(std::string("the BMC behind /dev/ipmi/0 did not answer within ") + c.within +
+                  ", what it knows is missing; ask again when it is up, or reset it with ipmitool "
+                  "mc reset cold",
+              silenceLine({"/dev/ipmi/0", c.waited}));
+  }
+}
+
 }  // namespace
 }  // namespace velhost

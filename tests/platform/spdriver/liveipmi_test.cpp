@@ -139,6 +139,77 @@ TEST(LiveIpmi, CommandThatIsNeverAnswered) {
   EXPECT_EQ(calls.takeCalls(), (Calls{kSend, "poll 5000"}));
 }
 
+// A silent BMC is waited for once, whoever asks it.
+TEST(LiveIpmi, SilenceIsToldAndNothingSentAnyMore) {
+  using std::chrono::milliseconds;
+  const struct {
+    const char* what;
+    std::deque<Poll> polls;
+    std::deque<Message> messages;
+    milliseconds waited;
+    bool answered;  // by the driver, in the BMC's place
+    Calls calls;
+  } cases[] = {
+      {"no answer", {}, {}, milliseconds(5000), false, {kSend, "poll 5000"}},
+      {"the driver gave up",
+       {{1, POLLIN, milliseconds(4100)}},
+       {{1, {0xC3}}},
+       milliseconds(4100),
+       true,
+       {kSend, "poll 5000", "receive 16"}},
+      {"the driver's interface is broken",
+       {{1, POLLIN, milliseconds(1000)}},
+       {{1, {0xFF}}},
+       milliseconds(1000),
+       true,
+       {kSend, "poll 5000", "receive 16"}},
+      {"device gone",
+       {{1, POLLIN, milliseconds(20)}},
+       {{0, {}, 0, -ENODEV}},
+       milliseconds(20),
+       false,
+       {kSend, "poll 5000", "receive 16"}},
+  };
+  for (const auto& c : cases) {
+    ScriptedCalls calls;
+    LiveIpmi live = openedOver(calls);
+    EXPECT_FALSE(*live.silence) << c.what;
+    calls.polls = c.polls;
+    calls.messages = c.messages;
+    EXPECT_EQ(send(*live.library, kRequest, 20).answered, c.answered) << c.what;
+    ASSERT_TRUE(*live.silence) << c.what;
+    EXPECT_EQ((*live.silence)->device, "/dev/ipmi0") << c.what;
+    EXPECT_EQ((*live.silence)->waited, c.waited) << c.what;
+    EXPECT_EQ(send(*live.library, kRequest, 20), (Sent{false, 0, kRequest})) << c.what;
+    EXPECT_FALSE(live.library->IsBMCMachine()) << c.what;
+    EXPECT_EQ(calls.takeCalls(), c.calls) << c.what;
+  }
+}
+
+TEST(LiveIpmi, AnAnswerOfAnyKindIsNoSilence) {
+  const struct {
+    const char* what;
+    int sent;
+    std::deque<Poll> polls;
+    std::deque<Message> messages;
+  } cases[] = {
+      {"good", 0, {kInput}, {{1, {0x00}}}},
+      {"refused", 0, {kInput}, {{1, {0xC1}}}},
+      {"the BMC's own timeout", 0, {{1, POLLIN, std::chrono::milliseconds(999)}}, {{1, {0xC3}}}},
+      {"refused after a while", 0, {{1, POLLIN, std::chrono::milliseconds(3000)}}, {{1, {0xC0}}}},
+      {"a request that the driver does not send", -EINVAL, {}, {}},
+  };
+  for (const auto& c : cases) {
+    ScriptedCalls calls;
+    LiveIpmi live = openedOver(calls);
+    calls.sends = {c.sent};
+    calls.polls = c.polls;
+    calls.messages = c.messages;
+    send(*live.library, kRequest, 20);
+    EXPECT_FALSE(*live.silence) << c.what;
+  }
+}
+
 TEST(LiveIpmi, WithoutDevice) {
   ScriptedCalls calls;
   LiveIpmi live = makeLiveIpmi(calls);
