@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "host/collectors/classstate.h"
 #include "velhost/cimnamespace.h"
 #include "velhost/log.h"
 #include "velhost/spdriver.h"
@@ -31,8 +32,10 @@ struct RequestError {
 struct QueryResult {
   std::vector<std::string> requested;
   std::vector<NKRXVEL20::host::PublishedInstance> instances;
-  std::optional<RequestError> error;  // the first of those that were asked for their classes
-  std::vector<std::string> failures;  // a line for each collector that failed besides
+  std::vector<ClassState> states;          // one for each requested class, in order
+  std::vector<CollectorState> collectors;  // those that were asked, in the order of the first time
+  std::optional<RequestError> error;       // the first of those that were asked for their classes
+  std::vector<std::string> failures;       // a line for each collector that failed besides
   std::vector<NKRXVEL20::host::LogEntry> coreLog;  // kept where it is asked for, as the two below
   std::vector<NKRXVEL20::host::LogEntry> failureLog;
   std::vector<NKRXVEL20::host::TrafficEntry> traffic;
