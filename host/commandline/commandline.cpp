@@ -123,7 +123,9 @@ CLI::App* addQuery(CLI::App& app, QueryCommand& query) {
   CLI::App* const command = app.add_subcommand("query", "Query the plug-in");
   command->add_option("CLASS", query.classes, "Classes to ask for; none: all that it serves")
       ->type_name("");
-  addPath(*command, "--machine", query.machine, "Ask the machine that this file describes");
+  addPath(*command, "--machine", query.machine,
+          "Ask the machine that this file describes: a machine file or a\nDMI dump; - is standard "
+          "input");
   addPlugins(*command, query.plugins);
   addFormat(*command, query.format, kQueryFormats);
   addPath(*command, "--output", query.output, "Write the answer to this file");

@@ -232,7 +232,7 @@ int run(const CheckCommand& command) {
   for (const auto& file : command.files) {
     try {
       static_cast<void>(readMachineFile(file));
-      writeStandardOutput(visible(file.string()) + ": ok\n");
+      writeStandardOutput(visible(machineFileName(file)) + ": ok\n");
     } catch (const MachineFileError& error) {
       complain(error.what());
       status = kBadInput;

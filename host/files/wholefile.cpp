@@ -2,6 +2,7 @@
 #include "host/files/wholefile.h"
 
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <system_error>
@@ -68,17 +69,23 @@ std::size_t readBlock(FileCalls& calls, int file, std::span<char> block) {
   }
 }
 
-}  // namespace
-
-std::string readWholeFile(const std::filesystem::path& file, ReadFrom from, FileCalls& calls) {
-  const Descriptor opened = openToRead(calls, file.c_str(), from);
+std::string readToEnd(FileCalls& calls, int file) {
   std::string text;
   std::vector<char> block(kBlockSize);
-  while (const std::size_t count = readBlock(calls, opened.get(), block)) {
+  while (const std::size_t count = readBlock(calls, file, block)) {
     text.append(block.data(), count);
     if (text.size() > kLargestFile) fail(EFBIG);
   }
   return text;
 }
+
+}  // namespace
+
+std::string readWholeFile(const std::filesystem::path& file, ReadFrom from, FileCalls& calls) {
+  const Descriptor opened = openToRead(calls, file.c_str(), from);
+  return readToEnd(calls, opened.get());
+}
+
+std::string readStandardInput(FileCalls& calls) { return readToEnd(calls, STDIN_FILENO); }
 
 }  // namespace velhost

@@ -27,4 +27,7 @@ enum class ReadFrom {
 std::string readWholeFile(const std::filesystem::path& file, ReadFrom from,
                           FileCalls& calls = kernelFiles());
 
+// The same for standard input, whatever it is.
+std::string readStandardInput(FileCalls& calls = kernelFiles());
+
 }  // namespace velhost

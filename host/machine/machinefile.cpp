@@ -6,9 +6,12 @@
 
 #include "host/files/wholefile.h"
 #include "host/machine/jsondocument.h"
+#include "host/machine/machinebudget.h"
 #include "host/machine/machinenames.h"
 #include "host/machine/smbiossection.h"
 #include "host/machine/spsection.h"
+#include "host/text/hextext.h"
+#include "host/text/utf8.h"
 #include "velhost/schema.h"
 
 namespace velhost {
@@ -151,6 +154,23 @@ constexpr Member<DocumentReading> kMembers[] = {
     {"faults", readFaults},
 };
 
+// A DMI dump begins with an entry point (DSP0134, 5.2); no JSON text begins so.
+bool isDump(std::string_view text) {
+  return text.starts_with("_SM_") || text.starts_with("_SM3_") || text.starts_with("_DMI_");
+}
+
+MachineFile machineOfDump(std::string_view dump, const std::filesystem::path& file) {
+  MachineFile machine;
+  machine.name = toUtf8(file.filename().string());
+  try {
+    machine.smbios =
+        NKRXVEL20::host::parseDmiDump(Bytes(dump.begin(), dump.end()), kMostStructures);
+  } catch (const NKRXVEL20::host::DmiDumpError& error) {
+    throw MachineFileError(file.string() + ": " + error.what());
+  }
+  return machine;
+}
+
 // Looked at first: in a document of another format everything else is likely wrong as well.
 void checkFormat(const Cursor& document) {
   if (!document.has("format")) return;
@@ -176,14 +196,20 @@ MachineFile parseMachineFile(std::string_view text, const std::filesystem::path&
   }
 }
 
+std::string machineFileName(const std::filesystem::path& file) {
+  return file == kStandardInput ? "standard input" : file.string();
+}
+
 MachineFile readMachineFile(const std::filesystem::path& file) {
+  const std::string name = machineFileName(file);
   std::string text;
   try {
-    text = readWholeFile(file, ReadFrom::kFileOrStream);
+    text =
+        file == kStandardInput ? readStandardInput() : readWholeFile(file, ReadFrom::kFileOrStream);
   } catch (const FileReadError& error) {
-    throw MachineFileError(file.string() + ": cannot be read: " + error.what());
+    throw MachineFileError(name + ": cannot be read: " + error.what());
   }
-  return parseMachineFile(text, file);
+  return isDump(text) ? machineOfDump(text, name) : parseMachineFile(text, name);
 }
 
 }  // namespace velhost

@@ -43,10 +43,17 @@ class MachineFileError : public InputError {
   using InputError::InputError;
 };
 
-// Throws MachineFileError.
+// The name that stands for standard input.
+inline constexpr char kStandardInput[] = "-";
+
+// A machine file, or a DMI dump as `dmidecode --dump-bin` writes it, which is a machine of that
+// firmware table and of its file's name. Throws MachineFileError.
 MachineFile readMachineFile(const std::filesystem::path& file);
 
-// The same for the text of a file that was read already.
+// What messages call the file.
+std::string machineFileName(const std::filesystem::path& file);
+
+// The same for the text of a machine file that was read already.
 MachineFile parseMachineFile(std::string_view text, const std::filesystem::path& file);
 
 }  // namespace velhost

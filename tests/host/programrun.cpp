@@ -86,6 +86,10 @@ class ImpatientPipe {
 };
 
 void redirect(const ProgramRun& run, FileActions& files) {
+  if (!run.standardInput.empty()) {
+    ::posix_spawn_file_actions_addopen(&files.actions, STDIN_FILENO, run.standardInput.c_str(),
+                                       O_RDONLY, 0);
+  }
   if (!run.standardOutput.empty()) {
     ::posix_spawn_file_actions_addopen(&files.actions, STDOUT_FILENO, run.standardOutput.c_str(),
                                        O_WRONLY, 0);

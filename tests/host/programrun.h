@@ -19,6 +19,7 @@ struct ProgramRun {
   std::string standardOutput;          // a file to write to instead of keeping what comes
   std::vector<int> closed = {};        // standard streams that the program is started without
   bool hasImpatientPipe = false;       // standard output is a pipe that is soon full, non-blocking
+  std::string standardInput = {};      // a file to read from; empty: the test's own
 };
 
 ProgramOutcome runProgram(const std::string& program, const ProgramRun& run);

@@ -551,6 +551,32 @@ TEST_F(Velhost, CollectorsAreListedWithTheirState) {
       << outcome.err;
 }
 
+// The machine as it is given: a machine file, its dump, either by standard input.
+TEST_F(Velhost, TheMachineMayBeADumpOrStandardInput) {
+  const std::string dump = fs::path(MACHINES) / "qemu-q35.dmi";
+  const std::string file = put("m.json", R"({ "format": "vel-machine/1", "name": "m",
+                                              "smbios": { "dump": ")" +
+                                             dump + R"(" } })");
+  const auto query = [](const std::string& machine, const std::string& standardInput) {
+    return runProgram(VELHOST, {.arguments = {"query", "--format", "json", "--machine", machine},
+                                .standardOutput = "",
+                                .standardInput = standardInput});
+  };
+  const ProgramOutcome expected = query(file, "");
+  EXPECT_EQ(0, expected.status) << expected.err;
+  EXPECT_NE(std::string::npos, expected.out.find("SystemBIOSElement\": [\n"));
+  for (const auto& [machine, standardInput] :
+       {std::pair(dump, std::string()), {"-", dump}, {"-", file}}) {
+    const ProgramOutcome outcome = query(machine, standardInput);
+    EXPECT_EQ(0, outcome.status) << outcome.err;
+    EXPECT_EQ(expected.out, outcome.out) << machine << " " << standardInput;
+  }
+  expectBadInput(query("-", put("bad.json", "{")), "standard input:1:2: ", "no JSON");
+  const ProgramOutcome checked = runProgram(
+      VELHOST, {.arguments = {"check", "-", dump}, .standardOutput = "", .standardInput = file});
+  EXPECT_EQ("standard input: ok\n" + dump + ": ok\n", checked.out);
+}
+
 TEST_F(Velhost, AListedCollectorsClassesAreShown) {
   const ProgramOutcome outcome = run(
       {"query", "--format", "json", "--machine",

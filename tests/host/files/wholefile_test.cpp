@@ -156,6 +156,14 @@ TEST_F(WholeFile, IsReadOnAfterAShortReadAndAnInterruptedOne) {
   EXPECT_EQ("a text", readWholeFile(folder_ / "in", ReadFrom::kRegularFile, calls_));
 }
 
+TEST_F(WholeFile, OfStandardInputIsReadToItsEnd) {
+  calls_.results["read"] = {-EINTR, 0};
+  EXPECT_EQ("", readStandardInput(calls_));
+  calls_.results["read"] = {-EIO};
+  EXPECT_THROW(readStandardInput(calls_), FileReadError);
+  EXPECT_EQ(0, countOf("close"));
+}
+
 TEST_F(WholeFile, TellsEachFailureAndLeavesNothingOpen) {
   put("in", "text");
   const struct {

@@ -216,24 +216,57 @@ TEST(MachineFile, FaultsAndMissingClassesAreTaken) {
   EXPECT_FALSE(machine.faults[2].throwsRuntimeError);
 }
 
-TEST(MachineFile, ADumpIsFoundBesideTheFile) {
-  namespace fs = std::filesystem;
-  const fs::path folder =
-      fs::temp_directory_path() / ("velhost-machinefile-" + std::to_string(::getpid()));
-  fs::create_directories(folder);
-  // A 64-bit entry point (DSP0134, 5.2.2) and a table of one type-127 structure.
-  const Bytes dump{'_', 'S', 'M', '3', '_', 0x2D, 24, 3, 0, 0, 1, 0, 6, 0,   0, 0, 32, 0, 0,
-                   0,   0,   0,   0,   0,   0,    0,  0, 0, 0, 0, 0, 0, 127, 4, 0, 0,  0, 0};
-  std::ofstream(folder / "one.dmi", std::ios::binary)
-      .write(reinterpret_cast<const char*>(dump.data()), static_cast<std::streamsize>(dump.size()));
-  std::ofstream(folder / "one.json") << R"({ "format": "vel-machine/1", "name": "x",
-    "smbios": { "dump": "one.dmi", "end_status": 4 } })";
-  const MachineFile machine = readMachineFile(folder / "one.json");
-  fs::remove_all(folder);
+// A 64-bit entry point (DSP0134, 5.2.2) and a table of one type-127 structure.
+const Bytes kDump{'_', 'S', 'M', '3', '_', 0x2D, 24, 3, 0, 0, 1, 0, 6, 0,   0, 0, 32, 0, 0,
+                  0,   0,   0,   0,   0,   0,    0,  0, 0, 0, 0, 0, 0, 127, 4, 0, 0,  0, 0};
+
+class MachineFileFolder : public ::testing::Test {
+ protected:
+  MachineFileFolder() { std::filesystem::create_directories(folder_); }
+  ~MachineFileFolder() override { std::filesystem::remove_all(folder_); }
+
+  std::filesystem::path put(const char* name, std::string_view bytes) const {
+    std::ofstream(folder_ / name, std::ios::binary) << bytes;
+    return folder_ / name;
+  }
+
+  const std::filesystem::path folder_ = std::filesystem::temp_directory_path() /
+                                        ("velhost-machinefile-" + std::to_string(::getpid()));
+};
+
+TEST_F(MachineFileFolder, ADumpIsFoundBesideTheFile) {
+  put("one.dmi", {reinterpret_cast<const char*>(kDump.data()), kDump.size()});
+  const MachineFile machine =
+      readMachineFile(put("one.json", R"({ "format": "vel-machine/1", "name": "x",
+    "smbios": { "dump": "one.dmi", "end_status": 4 } })"));
   ASSERT_TRUE(machine.smbios);
   EXPECT_EQ(4, machine.smbios->endStatus);
   ASSERT_EQ(1U, machine.smbios->structures.size());
   EXPECT_EQ((Bytes{127, 4, 0, 0, 0, 0}), machine.smbios->structures[0].bytes);
+}
+
+TEST_F(MachineFileFolder, ADumpIsAMachineByItself) {
+  const MachineFile machine =
+      readMachineFile(put("one.dmi", {reinterpret_cast<const char*>(kDump.data()), kDump.size()}));
+  EXPECT_EQ("one.dmi", machine.name);
+  ASSERT_TRUE(machine.smbios);
+  EXPECT_EQ(0, machine.smbios->loadStatus);
+  EXPECT_EQ(5, machine.smbios->endStatus);
+  ASSERT_EQ(1U, machine.smbios->structures.size());
+  EXPECT_EQ((Bytes{127, 4, 0, 0, 0, 0}), machine.smbios->structures[0].bytes);
+}
+
+TEST_F(MachineFileFolder, WhatOnlyBeginsAsADumpIsRefused) {
+  for (const char* const anchor : {"_SM_", "_SM3_", "_DMI_"}) {
+    const std::filesystem::path file = put("cut.dmi", anchor);
+    try {
+      static_cast<void>(readMachineFile(file));
+      ADD_FAILURE() << anchor << " is taken";
+    } catch (const MachineFileError& error) {
+      EXPECT_TRUE(std::string(error.what()).starts_with(file.string() + ": ")) << error.what();
+      EXPECT_EQ(std::string::npos, std::string(error.what()).find("JSON")) << error.what();
+    }
+  }
 }
 
 }  // namespace
