@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "plugin/ciminstance.h"
+#include "collectors/support/ciminstance.h"
+#include "collectors/support/corelog.h"
 #include "plugin/classnames.h"
-#include "plugin/corelog.h"
 #include "plugin/spfirmwarevpd.h"
 #include "vel/exception.h"
 
 using namespace NKRXVEL20;
+using namespace collector;
 using namespace spfirmwarevpd;
 
 namespace {

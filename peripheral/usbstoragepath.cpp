@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "plugin/contains.h"
+#include "collectors/support/contains.h"
 
 namespace spfirmwarevpd {
 
@@ -19,7 +19,9 @@ std::string field(const std::string& deviceId, std::string_view key, char endMar
 
 }  // namespace
 
-bool isUsbStoragePath(const std::string& deviceId) { return contains(deviceId, "USBSTOR"); }
+bool isUsbStoragePath(const std::string& deviceId) {
+  return collector::contains(deviceId, "USBSTOR");
+}
 
 UsbStorageDevice parseUsbStoragePath(const std::string& deviceId) {
   return {.vendor = field(deviceId, "VEN_", '&'),

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "collectors/support/ciminstance.h"
 #include "peripheral/usbstoragepath.h"
-#include "plugin/ciminstance.h"
 #include "plugin/classnames.h"
 #include "plugin/softwareelement.h"
 #include "plugin/spfirmwarevpd.h"
 
 using namespace NKRXVEL20;
+using namespace collector;
 using namespace spfirmwarevpd;
 
 namespace {

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "plugin/collectiondriver.h"
 
-#include "plugin/corelog.h"
+#include "collectors/support/corelog.h"
 
 using namespace NKRXVEL20;
+using namespace collector;
 
 namespace spfirmwarevpd {
 

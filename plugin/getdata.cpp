@@ -2,12 +2,13 @@
 #include <algorithm>
 #include <optional>
 
+#include "collectors/support/corelog.h"
+#include "collectors/support/plugin.h"
 #include "plugin/classnames.h"
-#include "plugin/corelog.h"
 #include "plugin/spfirmwarevpd.h"
-#include "vel/exception.h"
 
 using namespace NKRXVEL20;
+using namespace collector;
 using namespace spfirmwarevpd;
 
 namespace {
@@ -79,7 +80,7 @@ void SPFirmwareVpd::publish(std::string className) {
   if (publishedClassIndex(classNames, className)) return retrieveInstances(className);
   // Accepted and left empty: the tape collector publishes by itself.
   if (className == kUsbTapeClass || className == classNames[kSystemBiosIndex]) return;
-  throw TVELException(kErrorClassNotServed, "class " + className + " is not served");
+  refuseClass(className);
 }
 
 void SPFirmwareVpd::retrieveInstances(std::string className) {

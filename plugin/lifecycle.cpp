@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <array>
-#include <boost/pointer_cast.hpp>
 
+#include "collectors/support/plugin.h"
 #include "plugin/classnames.h"
 #include "plugin/spfirmwarevpd.h"
-#include "vel/pluginmanager.h"
-#include "vel/rootobject.h"
 
 using namespace NKRXVEL20;
 using namespace spfirmwarevpd;
@@ -32,11 +30,7 @@ void release(IPluginCallbacks* plugin) {
 
 }  // namespace
 
-SPFirmwareVpd::SPFirmwareVpd() {
-  // No test for null: the access through a null manager raises "px != 0".
-  boost::dynamic_pointer_cast<TPluginManagerNamespace>(TRootObject::GetPluginManager())
-      ->RegisterPlugin(this);
-}
+SPFirmwareVpd::SPFirmwareVpd() { collector::registerPlugin(this); }
 
 SPFirmwareVpd::~SPFirmwareVpd() = default;
 

@@ -13,11 +13,12 @@ std::string orSpace(std::string text, Empty empty) {
   return text.empty() && empty == Empty::kSpace ? " " : text;
 }
 
-bool setTextFields(const InstanceHandle& instance, std::span<const TextField> fields,
+bool setTextFields(const collector::InstanceHandle& instance, std::span<const TextField> fields,
                    RecordBytes record) {
   return std::ranges::all_of(fields, [&](const TextField& field) {
     const std::string text = orSpace(cutText(record, field.offset, field.length), field.empty);
-    return setProperty(instance, field.property, NKRXVEL20::TCIMValue(text), field.failureText);
+    return collector::setProperty(instance, field.property, NKRXVEL20::TCIMValue(text),
+                                  field.failureText);
   });
 }
 

@@ -8,7 +8,7 @@
 #include <span>
 #include <string>
 
-#include "plugin/ciminstance.h"
+#include "collectors/support/ciminstance.h"
 
 namespace spfirmwarevpd {
 
@@ -39,7 +39,7 @@ constexpr bool allWithin(std::span<const TextField> fields, std::size_t recordSi
 
 // Sets the fields' properties in the order of the rows up to the first refusal, and returns false
 // then.
-bool setTextFields(const InstanceHandle& instance, std::span<const TextField> fields,
+bool setTextFields(const collector::InstanceHandle& instance, std::span<const TextField> fields,
                    RecordBytes record);
 
 }  // namespace spfirmwarevpd

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 
-#include "plugin/ciminstance.h"
+#include "collectors/support/ciminstance.h"
+#include "collectors/support/contains.h"
+#include "collectors/support/corelog.h"
 #include "plugin/classnames.h"
-#include "plugin/contains.h"
-#include "plugin/corelog.h"
 #include "plugin/dotcommand.h"
 #include "plugin/nodelabel.h"
 #include "plugin/softwareelement.h"
@@ -15,6 +15,7 @@
 #include "smbios/machinetypes.h"
 
 using namespace NKRXVEL20;
+using namespace collector;
 using namespace spfirmwarevpd;
 
 namespace {

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "plugin/ciminstance.h"
-#include "plugin/corelog.h"
+#include "collectors/support/ciminstance.h"
+#include "collectors/support/corelog.h"
 #include "plugin/spfirmwarevpd.h"
 #include "smbios/firmwaredate.h"
 
 using namespace NKRXVEL20;
+using namespace collector;
 using namespace spfirmwarevpd;
 
 TVELStatusCode SPFirmwareVpd::doTime(InstanceHandle instance, std::string propertyName,

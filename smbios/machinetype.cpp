@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "plugin/contains.h"
-#include "plugin/corelog.h"
+#include "collectors/support/contains.h"
+#include "collectors/support/corelog.h"
 #include "plugin/spfirmwarevpd.h"
 #include "smbios/machinetypes.h"
 #include "vel/osspecific.h"
 
 using namespace NKRXVEL20;
+using namespace collector;
 using namespace spfirmwarevpd;
 
 TVELStatusCode SPFirmwareVpd::getMachineType(std::string* type) {

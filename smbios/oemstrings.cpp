@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 
-#include "plugin/contains.h"
-#include "plugin/corelog.h"
+#include "collectors/support/contains.h"
+#include "collectors/support/corelog.h"
 #include "plugin/spfirmwarevpd.h"
 #include "smbios/smbioswalk.h"
 #include "vel/osspecific.h"
 
 using namespace NKRXVEL20;
+using namespace collector;
 using namespace spfirmwarevpd;
 
 namespace {

@@ -3,11 +3,12 @@
 
 #include <algorithm>
 
-#include "plugin/corelog.h"
+#include "collectors/support/corelog.h"
 #include "vel/osspecific.h"
 #include "vel/smbios.h"
 
 using namespace NKRXVEL20;
+using namespace collector;
 
 namespace spfirmwarevpd {
 

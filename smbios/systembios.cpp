@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "plugin/ciminstance.h"
+#include "collectors/support/ciminstance.h"
+#include "collectors/support/corelog.h"
 #include "plugin/classnames.h"
-#include "plugin/corelog.h"
 #include "plugin/dotcommand.h"
 #include "plugin/nodelabel.h"
 #include "plugin/softwareelement.h"
@@ -13,6 +13,7 @@
 #include "smbios/smbioswalk.h"
 
 using namespace NKRXVEL20;
+using namespace collector;
 using namespace spfirmwarevpd;
 
 namespace {

@@ -3,15 +3,16 @@
 #include <cstdint>
 #include <memory>
 
+#include "collectors/support/contains.h"
+#include "collectors/support/corelog.h"
 #include "plugin/classnames.h"
-#include "plugin/contains.h"
-#include "plugin/corelog.h"
 #include "plugin/dotcommand.h"
 #include "plugin/spfirmwarevpd.h"
 #include "plugin/textfields.h"
 #include "spcommand/descriptorline.h"
 
 using namespace NKRXVEL20;
+using namespace collector;
 using namespace spfirmwarevpd;
 
 namespace {

@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 
-#include "plugin/ciminstance.h"
+#include "collectors/support/ciminstance.h"
+#include "collectors/support/contains.h"
+#include "collectors/support/corelog.h"
 #include "plugin/classnames.h"
-#include "plugin/contains.h"
-#include "plugin/corelog.h"
 #include "plugin/softwareelement.h"
 #include "plugin/spfirmwarevpd.h"
 #include "smbios/machinetypes.h"
 
 using namespace NKRXVEL20;
+using namespace collector;
 using namespace spfirmwarevpd;
 
 namespace {

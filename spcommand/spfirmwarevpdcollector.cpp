@@ -2,16 +2,17 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "plugin/ciminstance.h"
+#include "collectors/support/ciminstance.h"
+#include "collectors/support/contains.h"
+#include "collectors/support/corelog.h"
 #include "plugin/classnames.h"
-#include "plugin/contains.h"
-#include "plugin/corelog.h"
 #include "plugin/nodelabel.h"
 #include "plugin/softwareelement.h"
 #include "plugin/spfirmwarevpd.h"
 #include "vel/exception.h"
 
 using namespace NKRXVEL20;
+using namespace collector;
 using namespace spfirmwarevpd;
 
 namespace {

@@ -3,12 +3,13 @@
 #include <array>
 #include <span>
 
-#include "plugin/corelog.h"
+#include "collectors/support/corelog.h"
 #include "plugin/dotcommand.h"
 #include "plugin/nodelabel.h"
 #include "plugin/spfirmwarevpd.h"
 
 using namespace NKRXVEL20;
+using namespace collector;
 using namespace spfirmwarevpd;
 
 namespace {

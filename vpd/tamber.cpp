@@ -2,14 +2,15 @@
 #include <algorithm>
 #include <array>
 
-#include "plugin/ciminstance.h"
+#include "collectors/support/ciminstance.h"
+#include "collectors/support/corelog.h"
 #include "plugin/classnames.h"
-#include "plugin/corelog.h"
 #include "plugin/softwareelement.h"
 #include "plugin/spfirmwarevpd.h"
 #include "plugin/textfields.h"
 
 using namespace NKRXVEL20;
+using namespace collector;
 using namespace spfirmwarevpd;
 
 namespace {

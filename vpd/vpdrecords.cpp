@@ -3,13 +3,14 @@
 
 #include <array>
 
-#include "plugin/ciminstance.h"
+#include "collectors/support/ciminstance.h"
 #include "plugin/classnames.h"
 #include "plugin/dotcommand.h"
 #include "plugin/spfirmwarevpd.h"
 #include "plugin/textfields.h"
 
 using namespace NKRXVEL20;
+using namespace collector;
 using namespace spfirmwarevpd;
 
 const std::int32_t DIMM_BYTES_TOTAL_OFFSET = 1;

@@ -9,9 +9,9 @@ namespace deviceinventory {
 
 namespace {
 
-std::vector<collector::Instance> instancesOf(const std::vector<Device>& devices,
-                                             const collector::CreateInstance& create) {
-  std::vector<collector::Instance> instances;
+std::vector<collector::InstanceHandle> instancesOf(const std::vector<Device>& devices,
+                                                   const collector::CreateInstance& create) {
+  std::vector<collector::InstanceHandle> instances;
   for (const Device& device : devices) {
     const auto instance = instances.emplace_back(create());
     instance->SetProperty("DeviceID", TCIMValue(device.deviceId), {});

@@ -1,12 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "collectors/support/companion.h"
 
-#include <boost/pointer_cast.hpp>
 #include <utility>
 
-#include "vel/exception.h"
-#include "vel/pluginmanager.h"
-#include "vel/rootobject.h"
+#include "collectors/support/plugin.h"
 
 using namespace NKRXVEL20;
 
@@ -14,8 +11,7 @@ namespace collector {
 
 Companion::Companion(std::string name, std::string version, std::map<std::string, Collect> classes)
     : name_(std::move(name)), version_(std::move(version)), classes_(std::move(classes)) {
-  boost::dynamic_pointer_cast<TPluginManagerNamespace>(TRootObject::GetPluginManager())
-      ->RegisterPlugin(this);
+  registerPlugin(this);
 }
 
 Companion::~Companion() = default;
@@ -30,18 +26,16 @@ void Companion::GetData(boost::shared_ptr<ICIMNamespace> /*ns*/,
                         std::vector<boost::shared_ptr<ICIMClass>>& classes) {
   for (const auto& cimClass : classes) {
     const std::string className = cimClass->GetName({});
-    for (const Instance& instance : instancesOf(*cimClass, className)) instance->AddToClass({});
+    for (const auto& instance : instancesOf(*cimClass, className)) instance->AddToClass({});
   }
 }
 
-const std::vector<Instance>& Companion::instancesOf(ICIMClass& cimClass,
-                                                    const std::string& className) {
+const std::vector<InstanceHandle>& Companion::instancesOf(ICIMClass& cimClass,
+                                                          const std::string& className) {
   const auto known = collected_.find(className);
   if (known != collected_.end()) return known->second;
   const auto served = classes_.find(className);
-  if (served == classes_.end()) {
-    throw TVELException(kErrorClassNotServed, "class " + className + " is not served");
-  }
+  if (served == classes_.end()) refuseClass(className);
   return collected_[className] = served->second([&] { return cimClass.CreateInstance(); });
 }
 

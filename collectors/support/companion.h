@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "collectors/support/ciminstance.h"
 #include "vel/cim.h"
 #include "vel/plugin.h"
 
@@ -17,9 +18,8 @@ namespace collector {
 
 // Collects the instances of one class and returns them, each made by `create` and not published.
 // What it throws passes to the framework.
-using Instance = boost::shared_ptr<NKRXVEL20::ICIMInstance>;
-using CreateInstance = std::function<Instance()>;
-using Collect = std::function<std::vector<Instance>(const CreateInstance& create)>;
+using CreateInstance = std::function<InstanceHandle()>;
+using Collect = std::function<std::vector<InstanceHandle>(const CreateInstance& create)>;
 
 class Companion : public NKRXVEL20::IPluginCallbacks, public NKRXVEL20::IPluginBasicQueryCallbacks {
  public:
@@ -45,13 +45,13 @@ class Companion : public NKRXVEL20::IPluginCallbacks, public NKRXVEL20::IPluginB
                std::vector<boost::shared_ptr<NKRXVEL20::ICIMClass>>& classes) override;
 
  private:
-  const std::vector<Instance>& instancesOf(NKRXVEL20::ICIMClass& cimClass,
-                                           const std::string& className);
+  const std::vector<InstanceHandle>& instancesOf(NKRXVEL20::ICIMClass& cimClass,
+                                                 const std::string& className);
 
   std::string name_;
   std::string version_;
   std::map<std::string, Collect> classes_;
-  std::map<std::string, std::vector<Instance>> collected_;  // since Init
+  std::map<std::string, std::vector<InstanceHandle>> collected_;  // since Init
 };
 
 }  // namespace collector

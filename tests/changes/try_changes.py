@@ -27,7 +27,7 @@ TREE = WORK / "tree"
 BUILD = WORK / "build"
 TARGETS = ["plugin_tests", "spcommand_tests", "smbios_tests", "vpd_tests", "peripheral_tests",
            "smbioswalk_tests", "spdrivercalls_tests", "usbtapetext_tests", "sharedobject_tests",
-           "spyplatform_tests", "tinyhost_tests"]
+           "spyplatform_tests", "tinyhost_tests", "collectorsupport_tests"]
 LONGEST_RUN = 60  # seconds; a change may make a program run without end
 
 

@@ -9,6 +9,8 @@
 #include "vel/exception.h"
 
 namespace spfirmwarevpd::test {
+
+using namespace collector::test;
 namespace {
 
 using namespace NKRXVEL20;

@@ -8,6 +8,7 @@
 
 #include "tests/support/pluginfixture.h"
 #include "vel/smbios.h"
+#include "velhost/log.h"
 
 namespace {
 

@@ -7,6 +7,8 @@
 #include "tests/support/pluginfixture.h"
 
 namespace spfirmwarevpd::test {
+
+using namespace collector::test;
 namespace {
 
 using namespace NKRXVEL20;

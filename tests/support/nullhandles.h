@@ -8,7 +8,7 @@
 
 #include "vel/cim.h"
 
-namespace spfirmwarevpd::test {
+namespace collector::test {
 
 class NullClassNamespace : public NKRXVEL20::ICIMNamespace {
  public:
@@ -40,4 +40,4 @@ class NullInstanceNamespace : public NKRXVEL20::ICIMNamespace {
   };
 };
 
-}  // namespace spfirmwarevpd::test
+}  // namespace collector::test

@@ -32,16 +32,6 @@ std::string describe(const host::TrafficEntry& entry) {
   return {};
 }
 
-Properties describe(const host::PropertyList& properties) {
-  Properties result;
-  for (const auto& [name, value] : properties) result.push_back(name + "=" + value.ToString());
-  return result;
-}
-
-host::LogSink appendTo(Log& log) {
-  return [&log](const host::LogEntry& entry) { log.emplace_back(entry.severity, entry.text); };
-}
-
 }  // namespace
 
 Bytes joined(std::initializer_list<Bytes> pieces) {
@@ -75,18 +65,13 @@ SmbiosStructure oemStrings(const std::vector<std::string>& strings) {
   return structure(11, {static_cast<unsigned char>(strings.size())}, strings);
 }
 
-PluginTest::PluginTest()
-    : ns(boost::make_shared<host::CimNamespace>(std::vector<std::string>{}, std::vector<Fault>{})) {
-  host::setCoreLogSink(appendTo(log));
-  host::setFailureLogSink(appendTo(failureLog));
+PluginTest::PluginTest() {
   host::setMachineType("");
   host::setSmbiosTable(std::nullopt);
   useSP({});
 }
 
 PluginTest::~PluginTest() {
-  host::setCoreLogSink({});
-  host::setFailureLogSink({});
   host::setMachineType(std::nullopt);
   host::setSmbiosTable(std::nullopt);
   host::setSPLibrary(nullptr);
@@ -100,43 +85,13 @@ void PluginTest::useSP(SimulatedSP description) {
   host::setSPLibrary(host::makeSimulatedSP(std::move(description)));
 }
 
-void PluginTest::useFaults(std::vector<Fault> faults, std::vector<std::string> missingClasses) {
-  ns = boost::make_shared<host::CimNamespace>(std::move(missingClasses), std::move(faults));
-}
-
-void PluginTest::refuseProperty(const std::string& property) {
-  useFaults({{.operation = host::CimOperation::kSetProperty,
-              .className = {},
-              .propertyName = property,
-              .nth = std::nullopt,
-              .throwsRuntimeError = false}});
-}
-
 SPLibrary* PluginTest::sp() { return SPLibrary::GetSplibraryInstance(0); }
-
-std::vector<Properties> PluginTest::published(const SPFirmwareVpd::InstanceList& instances) {
-  ns->takePublished();
-  for (const auto& instance : instances) instance->AddToClass({});
-  std::vector<Properties> result;
-  for (const auto& row : ns->takePublished()) result.push_back(describe(row.properties));
-  return result;
-}
-
-std::vector<std::pair<std::string, Properties>> PluginTest::takePublished() {
-  std::vector<std::pair<std::string, Properties>> result;
-  for (const auto& row : ns->takePublished()) {
-    result.emplace_back(row.className, describe(row.properties));
-  }
-  return result;
-}
 
 std::vector<std::string> PluginTest::takeTraffic() {
   std::vector<std::string> result;
   for (const auto& entry : host::takeTraffic()) result.push_back(describe(entry));
   return result;
 }
-
-Log PluginTest::takeLog() { return std::exchange(log, {}); }
 
 SimulatedSP dotCommandSP(int count) {
   SimulatedSP sp;

@@ -6,6 +6,7 @@
 #include "tests/support/mocksplibrary.h"
 #include "tests/support/pluginfixture.h"
 #include "vel/exception.h"
+#include "velhost/log.h"
 
 namespace spfirmwarevpd::test {
 namespace {

@@ -13,7 +13,7 @@
 
 #include "vel/cim.h"
 
-namespace spfirmwarevpd {
+namespace collector {
 
 using NamespaceHandle = boost::shared_ptr<NKRXVEL20::ICIMNamespace>;
 using InstanceHandle = boost::shared_ptr<NKRXVEL20::ICIMInstance>;
@@ -57,4 +57,4 @@ std::vector<InstanceHandle> enumerateInstances(const NamespaceHandle& ns,
                                                const std::string& className,
                                                const NKRXVEL20::TCIMValueMap& context);
 
-}  // namespace spfirmwarevpd
+}  // namespace collector

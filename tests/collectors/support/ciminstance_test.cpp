@@ -1,19 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "plugin/ciminstance.h"
+#include "collectors/support/ciminstance.h"
 
 #include <functional>
 
-#include "plugin/textfields.h"
+#include "tests/support/frameworkfixture.h"
 #include "tests/support/nullhandles.h"
-#include "tests/support/pluginfixture.h"
 #include "vel/exception.h"
 
-namespace spfirmwarevpd::test {
+namespace collector::test {
 namespace {
 
 using namespace NKRXVEL20;
 
-class CimInstanceTest : public PluginTest {};
+class CimInstanceTest : public FrameworkTest {};
 
 TEST_F(CimInstanceTest, ClassIsLookedUpAsAPlugin) {
   EXPECT_EQ(pluginContext(), (TCIMValueMap{{TCIMSchemaHelper::kContextName,
@@ -50,9 +49,6 @@ TEST_F(CimInstanceTest, NullInstanceIsHandedOutAndRefusedAtItsFirstProperty) {
                               {"Vendor", TCIMValue("v"), "second"}};
   EXPECT_FALSE(setProperties(*instance, rows));
   EXPECT_EQ(takeLog(), (Log{{0, "first"}}));
-  const TextField fields[] = {{"Name", 0, 1, "first field"}, {"Vendor", 0, 1, "second field"}};
-  EXPECT_FALSE(setTextFields(*instance, fields, Bytes{'N'}));
-  EXPECT_EQ(takeLog(), (Log{{0, "first field"}}));
 }
 
 std::string thrownBy(const std::function<void()>& call) {
@@ -70,8 +66,6 @@ TEST_F(CimInstanceTest, OtherExceptionsPass) {
   using host::CimOperation;
   const auto create = [&] { return createInstance(ns, "KRXSG_Vpd", "text"); };
   const PropertyRow rows[] = {{"Name", TCIMValue("n"), "row"}};
-  const TextField fields[] = {{"Name", 0, 1, "field"}};
-  const Bytes record = {'N'};
   const struct {
     const char* what;
     CimOperation operation;
@@ -82,8 +76,6 @@ TEST_F(CimInstanceTest, OtherExceptionsPass) {
       {"property", CimOperation::kSetProperty,
        [&] { setProperty(create().value(), "Name", TCIMValue("n"), "property"); }},
       {"rows", CimOperation::kSetProperty, [&] { setProperties(create().value(), rows); }},
-      {"fields", CimOperation::kSetProperty,
-       [&] { setTextFields(create().value(), fields, record); }},
       {"lookup before the enumeration", CimOperation::kGetClass,
        [&] { enumerateInstances(ns, "KRXSG_IPMIFRU", {}); }},
       {"enumeration", CimOperation::kEnumerateInstances,
@@ -136,40 +128,5 @@ TEST_F(CimInstanceTest, FirstRefusalEndsTheRows) {
   EXPECT_EQ(published({instance}), (std::vector<Properties>{{"Name=n"}}));
 }
 
-TEST_F(CimInstanceTest, TextFieldsAreSetInTheOrderOfTheirRows) {
-  const auto instance = createInstance(ns, "KRXSG_Vpd", "text").value();
-  const TextField fields[] = {{"Vendor", 2, 2, "refused"},
-                              {"Name", 0, 2, "refused"},
-                              {"Location", 4, 1, "refused", Empty::kSpace},
-                              {"PartNumber", 4, 1, "refused"}};
-  const Bytes record = {'N', 'a', 'V', 'e', 0};
-  EXPECT_TRUE(setTextFields(instance, fields, record));
-  EXPECT_EQ(published({instance}),
-            (std::vector<Properties>{{"Vendor=Ve", "Name=Na", "Location= ", "PartNumber="}}));
-}
-
-TEST(CutTextTest, EndsAtTheFirstZeroByteOrTheFieldsOrTheRecordsEnd) {
-  const Bytes record = {'a', 'b', 0, 'c', 'd'};
-  const struct {
-    const char* what;
-    std::size_t offset;
-    std::size_t length;
-    const char* text;
-  } cases[] = {
-      {"whole field", 0, 2, "ab"},         {"zero byte inside", 0, 4, "ab"},
-      {"zero byte first", 2, 3, ""},       {"last bytes", 3, 2, "cd"},
-      {"length past the end", 3, 9, "cd"}, {"offset at the end", 5, 1, ""},
-      {"offset past the end", 9, 1, ""},   {"no length", 0, 0, ""},
-  };
-  for (const auto& c : cases) EXPECT_EQ(cutText(record, c.offset, c.length), c.text) << c.what;
-}
-
-TEST(TextFieldTest, RowsPastTheRecordAreSeen) {
-  constexpr TextField kFields[] = {{"Name", 2, 4, "refused"}};
-  static_assert(allWithin(kFields, 6));
-  static_assert(!allWithin(kFields, 5));
-  EXPECT_TRUE(allWithin(kFields, 6));
-}
-
 }  // namespace
-}  // namespace spfirmwarevpd::test
+}  // namespace collector::test

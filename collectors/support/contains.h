@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-namespace spfirmwarevpd {
+namespace collector {
 
 inline bool contains(std::string_view text, std::string_view part) {
   return text.find(part) != std::string_view::npos;
@@ -13,4 +13,4 @@ inline bool contains(std::string_view text, char character) {
   return text.find(character) != std::string_view::npos;
 }
 
-}  // namespace spfirmwarevpd
+}  // namespace collector

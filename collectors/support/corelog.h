@@ -8,7 +8,7 @@
 #include "vel/log.h"
 #include "vel/rootobject.h"
 
-namespace spfirmwarevpd {
+namespace collector {
 
 inline void writeLog(NKRXVEL20::EVELLogSeverity severity, const std::string& text) {
   NKRXVEL20::TRootObject::GetCoreLogger().Log(severity, text);
@@ -26,4 +26,4 @@ inline void logTrace(const std::string& text, const std::string& value) {
   logProgress(value);
 }
 
-}  // namespace spfirmwarevpd
+}  // namespace collector

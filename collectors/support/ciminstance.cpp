@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "plugin/ciminstance.h"
+#include "collectors/support/ciminstance.h"
 
 #include <algorithm>
 
-#include "plugin/corelog.h"
+#include "collectors/support/corelog.h"
 #include "vel/exception.h"
 
 using namespace NKRXVEL20;
 
-namespace spfirmwarevpd {
+namespace collector {
 
 void logRefusal(const FailureText& failure) {
   logFailure(std::string(failure.text).append(failure.subject));
@@ -55,4 +55,4 @@ std::vector<InstanceHandle> enumerateInstances(const NamespaceHandle& ns,
   return instances;
 }
 
-}  // namespace spfirmwarevpd
+}  // namespace collector
