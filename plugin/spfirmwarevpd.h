@@ -122,8 +122,6 @@ class SPFirmwareVpd : public NKRXVEL20::IPluginCallbacks,
                                                NamespaceHandle ns);
   NKRXVEL20::TVELStatusCode printPlanarVpd(char* componentName, const char* nodeLabel,
                                            unsigned char* record, NamespaceHandle ns);
-
-  // ---- vpd/jedecmakers.cpp
   // Names the maker of a JEDEC JEP106 identity of 8 bytes; empty when it is not known.
   std::string getMDManufacturer(unsigned char* jedecId);
 

@@ -31,7 +31,7 @@ PLATFORMS = {"ours": pathlib.Path(sys.argv.pop(1)), "another's": pathlib.Path(sy
 PLUGIN = "libspfirmwarevpd.pi.so"
 
 # CMake's targets, which name the folders of their objects.
-PLUGIN_TARGETS = ("spfirmwarevpd_collectors", "collector_support", "spfirmwarevpd",
+PLUGIN_TARGETS = ("spfirmwarevpd_collectors", "collector_support", "jedec_makers", "spfirmwarevpd",
                   "spfirmwarevpd_elsewhere")
 OTHER_SIDE = ("spy_recorder", "spy_core", "spy_pluginmanager", "spy_spdriver", "spy_smbios",
               "spyplatform_machines", "tinyhost_tests")

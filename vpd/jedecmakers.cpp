@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "plugin/spfirmwarevpd.h"
+#include "vpd/jedecmakers.h"
+
 #include "vpd/jedectypes.h"
 
-using namespace spfirmwarevpd;
+namespace spfirmwarevpd {
 
 namespace {
 
@@ -11,12 +12,18 @@ constexpr unsigned char kParityBit = 0x80;
 
 }  // namespace
 
-std::string SPFirmwareVpd::getMDManufacturer(unsigned char* jedecId) {
-  std::size_t bank = 0;
-  while (bank < kJedecBanks && jedecId[bank] == kContinuation) ++bank;
-  if (bank == kJedecBanks) return {};
-  const std::size_t code = jedecId[bank] & ~kParityBit & 0xFFU;
-  if (code == 0 || code > kJedecCodesPerBank) return {};
-  const char* const maker = JEDEC_Types[bank * kJedecCodesPerBank + code - 1];
+std::string jedecMaker(std::size_t continuations, unsigned char code) {
+  const std::size_t row = code & ~kParityBit & 0xFFU;
+  if (continuations >= kJedecBanks || row == 0 || row > kJedecCodesPerBank) return {};
+  const char* const maker = JEDEC_Types[continuations * kJedecCodesPerBank + row - 1];
   return maker == nullptr ? "" : maker;
 }
+
+std::string jedecMaker(const unsigned char* identity) {
+  std::size_t continuations = 0;
+  while (continuations < kJedecBanks && identity[continuations] == kContinuation) ++continuations;
+  if (continuations == kJedecBanks) return {};
+  return jedecMaker(continuations, identity[continuations]);
+}
+
+}  // namespace spfirmwarevpd

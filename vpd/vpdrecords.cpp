@@ -8,6 +8,7 @@
 #include "plugin/dotcommand.h"
 #include "plugin/spfirmwarevpd.h"
 #include "plugin/textfields.h"
+#include "vpd/jedecmakers.h"
 
 using namespace NKRXVEL20;
 using namespace collector;
@@ -130,3 +131,5 @@ TVELStatusCode SPFirmwareVpd::printPlanarVpd(char* componentName, const char* no
            setTextFields(instance, kPlanarRecord, {record, kReplySize});
   });
 }
+
+std::string SPFirmwareVpd::getMDManufacturer(unsigned char* jedecId) { return jedecMaker(jedecId); }

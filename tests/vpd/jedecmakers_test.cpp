@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "vpd/jedecmakers.h"
+
 #include <algorithm>
 #include <fstream>
 #include <sstream>
@@ -60,6 +62,8 @@ TEST_F(JedecMakersTest, EveryPublishedCodeNamesItsMakerWithAndWithoutItsParityBi
     EXPECT_EQ(maker(identity(bank - 1, {code})), name) << bank << ", " << int{code};
     const auto withParity = static_cast<unsigned char>(code | 0x80U);
     EXPECT_EQ(maker(identity(bank - 1, {withParity})), name) << bank << ", " << int{withParity};
+    EXPECT_EQ(jedecMaker(bank - 1, code), name) << bank << ", " << int{code};
+    EXPECT_EQ(jedecMaker(bank - 1, withParity), name) << bank << ", " << int{withParity};
   }
 }
 
@@ -97,6 +101,30 @@ TEST_F(JedecMakersTest, IdentitiesByHand) {
       {"continuations run on behind the field", identity(1976, {0x01}), ""},
   };
   for (const auto& c : cases) EXPECT_EQ(maker(c.id), c.maker) << c.what;
+}
+
+TEST(JedecMakerTest, CountsAndCodesThatNameNobody) {
+  const struct {
+    std::size_t continuations;
+    unsigned char code;
+  } cases[] = {
+      {0, 0x00},
+      {0, 0x80},
+      {0, 0x7F},
+      {0, 0xFF},
+      {6, 0x7E},
+      {6, 0xFE},
+      {6, 0x7F},
+      {7, 0x00},
+      {7, 0x01},
+      {7, 0x7E},
+      {8, 0x01},
+      {0x7F, 0x01},
+      {~std::size_t{0}, 0x01},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(jedecMaker(c.continuations, c.code), "") << c.continuations << ", " << int{c.code};
+  }
 }
 
 TEST_F(JedecMakersTest, NamesAreKeptAsTheyWerePublished) {
