@@ -25,9 +25,11 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 WORK = ROOT / "build-changes"
 TREE = WORK / "tree"
 BUILD = WORK / "build"
-TARGETS = ["plugin_tests", "spcommand_tests", "smbios_tests", "vpd_tests", "peripheral_tests",
-           "smbioswalk_tests", "spdrivercalls_tests", "usbtapetext_tests", "sharedobject_tests",
-           "spyplatform_tests", "tinyhost_tests", "collectorsupport_tests"]
+OWN = {folder: f"firmware_{folder}_tests"
+       for folder in ("plugin", "spcommand", "smbios", "vpd", "peripheral")}
+OWN["collectors"] = "collectorsupport_tests"
+TARGETS = [*OWN.values(), "smbioswalk_tests", "spdrivercalls_tests", "usbtapetext_tests",
+           "sharedobject_tests", "spyplatform_tests", "tinyhost_tests"]
 LONGEST_RUN = 60  # seconds; a change may make a program run without end
 
 
@@ -118,7 +120,7 @@ def first_error(compiler_output):
 
 def seen_by(change):
     """Up to the first program with a witness; the one of the changed folder is asked first."""
-    own = change["file"].split("/")[0] + "_tests"
+    own = OWN.get(change["file"].split("/")[0])
     with applied(change):
         for program in sorted(TARGETS, key=lambda target: target != own):
             complaint = build(program)
