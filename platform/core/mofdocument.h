@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // What MOF files declare, before anything of it is looked up. Lists lie in pools, end to end: an
-// element has the range of its own.
+// element has the range of its own. All of it is small, as memory that is touched for the first time
+// costs a program that starts more than what is done there.
 #pragma once
 
 #include <cstdint>
@@ -19,9 +20,10 @@ struct Range {
   std::uint32_t size() const { return end - begin; }
 };
 
+// Its text lies where it stands.
 struct Name {
-  std::string_view text;
   Place at = 0;
+  std::uint32_t length = 0;
 };
 
 enum class ValueKind : std::uint8_t { kString, kInteger, kBoolean };
@@ -59,7 +61,7 @@ struct PropertyDecl {
 
 struct ClassDecl {
   Name name;
-  Name superclass;  // without text: none
+  Name superclass;  // of length 0: none
   Range qualifiers;
   Range properties;
 };

@@ -27,40 +27,27 @@ constexpr Refused kRefusedBehindName[] = {
     {"=", "default values are not taken"},
 };
 
-void refuse(std::span<const Refused> table, const Token& token) {
-  const auto found = std::ranges::find_if(
-      table, [&](const Refused& row) { return isSameIgnoringCase(row.word, token.text); });
-  if (found != table.end()) throw Fault(token.at, found->what);
-}
-
 class Parser {
  public:
-  Parser(Scanner scanner, Document& document) : scanner_(scanner), document_(document) {
-    advance();
-  }
+  Parser(Scanner scanner, Document& document) : scanner_(scanner), document_(document) {}
 
   void run() {
-    while (token_.kind != TokenKind::kEnd) declaration();
+    while (!scanner_.isAtEnd()) declaration();
   }
 
  private:
-  void advance() { token_ = scanner_.next(); }
-
-  bool isSymbol(char symbol) const {
-    return token_.kind == TokenKind::kSymbol && token_.text.front() == symbol;
+  bool take(char symbol) { return scanner_.take(symbol); }
+  bool takeWord(std::string_view word);
+  void expect(char symbol) {
+    if (!take(symbol)) failExpected(std::string("'") + symbol + "'");
   }
-  bool isWord(std::string_view word) const {
-    return token_.kind == TokenKind::kName && isSameIgnoringCase(token_.text, word);
+  void expectWord(const char* word) {
+    if (!takeWord(word)) failExpected(std::string("\"") + word + '"');
   }
-
-  [[noreturn]] void failExpected(const std::string& what) const {
-    throw Fault(token_.at, what + " is expected, not " + described(token_));
-  }
-
-  bool take(char symbol);
-  void expect(char symbol);
-  void expectWord(const char* word);
   Name name(const char* what);
+
+  void refuse(std::span<const Refused> table) const;
+  [[noreturn]] void failExpected(const std::string& what);
 
   void declaration();
   void qualifierDeclaration();
@@ -77,42 +64,42 @@ class Parser {
 
   Scanner scanner_;
   Document& document_;
-  Token token_;
 };
 
-bool Parser::take(char symbol) {
-  if (!isSymbol(symbol)) return false;
-  advance();
+bool Parser::takeWord(std::string_view word) {
+  if (!scanner_.isAt(word)) return false;
+  scanner_.name();
+  scanner_.skipBlanks();
   return true;
 }
 
-void Parser::expect(char symbol) {
-  if (!take(symbol)) failExpected(std::string("'") + symbol + "'");
-}
-
-void Parser::expectWord(const char* word) {
-  if (!isWord(word)) failExpected(std::string("\"") + word + '"');
-  advance();
-}
-
 Name Parser::name(const char* what) {
-  if (token_.kind != TokenKind::kName) failExpected(what);
-  const Name found{token_.text, token_.at};
-  advance();
-  return found;
+  if (!scanner_.isAtName()) failExpected(what);
+  const Token found = scanner_.name();
+  scanner_.skipBlanks();
+  return {found.at, static_cast<std::uint32_t>(found.text.size())};
+}
+
+void Parser::refuse(std::span<const Refused> table) const {
+  const auto found =
+      std::ranges::find_if(table, [&](const Refused& row) { return scanner_.isAt(row.word); });
+  if (found != table.end()) throw Fault(scanner_.at(), found->what);
+}
+
+void Parser::failExpected(const std::string& what) {
+  const Token found = scanner_.token();
+  throw Fault(found.at, what + " is expected, not " + described(found));
 }
 
 void Parser::declaration() {
-  refuse(kRefusedDeclarations, token_);
-  if (isWord("Qualifier")) return qualifierDeclaration();
-  const Range qualifiers = isSymbol('[') ? qualifierList() : Range{};
-  refuse(kRefusedDeclarations, token_);
-  if (!isWord("class")) failExpected("a class or a qualifier declaration");
-  classDeclaration(qualifiers);
+  if (takeWord("Qualifier")) return qualifierDeclaration();
+  const Range qualifiers = scanner_.isAtSymbol('[') ? qualifierList() : Range{};
+  if (takeWord("class")) return classDeclaration(qualifiers);
+  refuse(kRefusedDeclarations);
+  failExpected("a class or a qualifier declaration");
 }
 
 void Parser::qualifierDeclaration() {
-  advance();
   QualifierDecl decl;
   decl.name = name("the qualifier's name");
   expect(':');
@@ -121,7 +108,7 @@ void Parser::qualifierDeclaration() {
     decl.isArray = true;
     expect(']');
   }
-  if (take('=')) decl.defaults = isSymbol('{') ? arrayValues() : values();
+  if (take('=')) decl.defaults = scanner_.isAtSymbol('{') ? arrayValues() : values();
   expect(',');
   expectWord("Scope");
   decl.scopes = wordBits(kScopes, "a scope");
@@ -137,11 +124,12 @@ std::uint32_t Parser::wordBits(std::span<const std::string_view> words, const ch
   std::uint32_t bits = 0;
   expect('(');
   do {
-    const Token word = token_;
-    const Name found = name(what);
+    if (!scanner_.isAtName()) failExpected(what);
+    const Token word = scanner_.name();
     const auto row = std::ranges::find_if(
-        words, [&](std::string_view known) { return isSameIgnoringCase(known, found.text); });
+        words, [&](std::string_view known) { return isSameIgnoringCase(known, word.text); });
     if (row == words.end()) throw Fault(word.at, described(word) + " is not " + what);
+    scanner_.skipBlanks();
     bits |= 1U << static_cast<unsigned>(row - words.begin());
   } while (take(','));
   expect(')');
@@ -163,23 +151,22 @@ QualifierUse Parser::qualifierUse() {
   QualifierUse use;
   use.name = name("a qualifier");
   if (take('(')) {
-    if (isWord("NULL")) throw Fault(token_.at, "a qualifier that is carried has a value");
+    if (scanner_.isAt("NULL"))
+      throw Fault(scanner_.at(), "a qualifier that is carried has a value");
     use.values = values();
     expect(')');
-  } else if (isSymbol('{')) {
+  } else if (scanner_.isAtSymbol('{')) {
     use.values = arrayValues();
   }
-  if (isSymbol(':')) throw Fault(token_.at, "flavors are not taken here; the declaration has them");
+  if (scanner_.isAtSymbol(':'))
+    throw Fault(scanner_.at(), "flavors are not taken here; the declaration has them");
   return use;
 }
 
 // One value, or NULL for none.
 Values Parser::values() {
   const auto begin = static_cast<std::uint32_t>(document_.values.size());
-  if (isWord("NULL")) {
-    advance();
-    return {};
-  }
+  if (takeWord("NULL")) return {};
   value();
   return {ValueForm::kSingle, {begin, begin + 1}};
 }
@@ -187,7 +174,7 @@ Values Parser::values() {
 Values Parser::arrayValues() {
   expect('{');
   const auto begin = static_cast<std::uint32_t>(document_.values.size());
-  if (!isSymbol('}')) {
+  if (!scanner_.isAtSymbol('}')) {
     do {
       value();
     } while (take(','));
@@ -197,31 +184,31 @@ Values Parser::arrayValues() {
 }
 
 void Parser::value() {
-  std::string_view text = token_.text;
+  const Token token = scanner_.token();
+  std::string_view text = token.text;
   ValueKind kind = ValueKind::kBoolean;
-  if (token_.kind == TokenKind::kString) {
+  if (token.kind == TokenKind::kString) {
     kind = ValueKind::kString;
-  } else if (token_.kind == TokenKind::kInteger) {
+  } else if (token.kind == TokenKind::kInteger) {
     kind = ValueKind::kInteger;
     if (text.front() == '+') text.remove_prefix(1);
-  } else if (isWord(kTrue)) {
+  } else if (isSameIgnoringCase(text, kTrue)) {
     text = kTrue;
-  } else if (isWord(kFalse)) {
+  } else if (isSameIgnoringCase(text, kFalse)) {
     text = kFalse;
   } else {
-    failExpected("a value");
+    throw Fault(token.at, "a value is expected, not " + described(token));
   }
   document_.values.push_back(text);
-  document_.notes.push_back({kind, token_.at});
-  advance();
+  document_.notes.push_back({kind, token.at});
+  scanner_.skipBlanks();
 }
 
 void Parser::classDeclaration(Range qualifiers) {
-  advance();
   ClassDecl decl;
   decl.qualifiers = qualifiers;
   decl.name = name("the class's name");
-  if (isWord("as")) throw Fault(token_.at, "aliases are not taken");
+  if (scanner_.isAt("as")) throw Fault(scanner_.at(), "aliases are not taken");
   if (take(':')) decl.superclass = name("the superclass's name");
   expect('{');
   decl.properties.begin = static_cast<std::uint32_t>(document_.properties.size());
@@ -233,11 +220,11 @@ void Parser::classDeclaration(Range qualifiers) {
 
 void Parser::property() {
   PropertyDecl decl;
-  if (isSymbol('[')) decl.qualifiers = qualifierList();
+  if (scanner_.isAtSymbol('[')) decl.qualifiers = qualifierList();
   decl.type = name("a property or '}'");
-  if (isWord("ref")) throw Fault(token_.at, "references are not taken");
+  if (scanner_.isAt("ref")) throw Fault(scanner_.at(), "references are not taken");
   decl.name = name("the property's name");
-  if (token_.kind == TokenKind::kSymbol) refuse(kRefusedBehindName, token_);
+  if (!scanner_.isAtSymbol(';')) refuse(kRefusedBehindName);
   expect(';');
   document_.properties.push_back(decl);
 }

@@ -2,18 +2,18 @@
 #include "mofscanner.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
+#include <cstdint>
+#include <cstring>
 #include <utility>
 
-#include "asciitext.h"
+#include "mofcharacters.h"
 
 namespace NKRXVEL20::mof {
 namespace {
 
 constexpr std::size_t kLongestString = 16384;
 constexpr std::size_t kLongestName = 255;
-constexpr std::string_view kSymbols = "[](){}:;,=";
 
 // What begins a token of MOF that the reader does not take.
 struct Refused {
@@ -27,44 +27,6 @@ constexpr Refused kRefused[] = {
     {'\'', "char16 values are not taken"},
 };
 
-enum CharacterClass : unsigned {
-  kBlank = 1U << 0U,
-  kNameStart = 1U << 1U,
-  kNameCharacter = 1U << 2U,
-  kDigit = 1U << 3U,
-  kSign = 1U << 4U,
-  kSymbol = 1U << 5U,
-  kPlain = 1U << 6U,  // stands in a string as it is
-};
-
-constexpr bool isControl(char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; }
-
-constexpr unsigned char classesOf(char c) {
-  const bool isStart = isUpperCase(c) || isLowerCase(c) || c == '_';
-  unsigned classes = 0;
-  if (c == ' ' || (c >= '\t' && c <= '\r')) classes |= kBlank;
-  if (isStart) classes |= kNameStart;
-  if (isStart || isDigit(c)) classes |= kNameCharacter;
-  if (isDigit(c)) classes |= kDigit;
-  if (c == '-' || c == '+') classes |= kSign;
-  if (kSymbols.find(c) != std::string_view::npos) classes |= kSymbol;
-  if (c != '"' && c != '\\' && !isControl(c)) classes |= kPlain;
-  return static_cast<unsigned char>(classes);
-}
-
-// A table, as every byte of a schema is looked up at each start of a program.
-constexpr auto kClasses = [] {
-  std::array<unsigned char, 256> table{};
-  for (unsigned c = 0; c < table.size(); ++c) {
-    table[c] = classesOf(static_cast<char>(static_cast<unsigned char>(c)));
-  }
-  return table;
-}();
-
-bool is(char c, unsigned classes) {
-  return (kClasses[static_cast<unsigned char>(c)] & classes) != 0;
-}
-
 // "0", or digits that do not begin with 0; a sign may stand before them.
 bool isDecimal(std::string_view text) {
   if (text.front() == '-' || text.front() == '+') text.remove_prefix(1);
@@ -74,6 +36,28 @@ bool isDecimal(std::string_view text) {
 
 constexpr std::pair<char, char> kEscapes[] = {{'b', '\b'}, {'t', '\t'}, {'n', '\n'},  {'f', '\f'},
                                               {'r', '\r'}, {'"', '"'},  {'\'', '\''}, {'\\', '\\'}};
+
+// Whether each of eight bytes stands in a string as it is. Subtracting sets the high bit of a byte
+// below the bound, of one that XOR makes 0 in particular; those that had it are beyond ASCII.
+bool arePlain(std::uint64_t bytes) {
+  constexpr std::uint64_t kEach = 0x0101010101010101U;
+  const std::uint64_t controls = bytes - kEach * ' ';
+  const std::uint64_t deletes = (bytes ^ kEach * 0x7F) - kEach;
+  const std::uint64_t quotes = (bytes ^ kEach * '"') - kEach;
+  const std::uint64_t escapes = (bytes ^ kEach * '\\') - kEach;
+  return ((controls | deletes | quotes | escapes) & ~bytes & kEach * 0x80) == 0;
+}
+
+// Where the next byte is that does not stand in a string as it is. Strings are most of a schema.
+Place plainEnd(std::string_view text, Place at) {
+  std::uint64_t bytes = 0;
+  for (; at + sizeof bytes <= text.size(); at += sizeof bytes) {
+    std::memcpy(&bytes, text.data() + at, sizeof bytes);
+    if (!arePlain(bytes)) break;
+  }
+  while (is(text[at], kPlain)) ++at;
+  return at;
+}
 
 bool isSurrogate(unsigned code) { return code >= 0xD800 && code <= 0xDFFF; }
 
@@ -102,21 +86,15 @@ std::string described(const Token& token) {
   }
 }
 
-// Behind the end stands nothing, whatever follows in the texts laid end to end.
-char Scanner::peek(std::size_t ahead) const {
-  return at_ + ahead < end_ ? text_[at_ + ahead] : '\0';
-}
-
+// Ends with the file: the NUL there is of no class.
 void Scanner::skip(unsigned classes) {
-  while (at_ < end_ && is(text_[at_], classes)) ++at_;
+  Place at = at_;
+  while (is(text_[at], classes)) ++at;
+  at_ = at;
 }
 
-void Scanner::skipBlanks() {
-  for (;;) {
-    skip(kBlank);
-    if (peek() != '/') return;
-    skipComment();
-  }
+void Scanner::skipBlanksAndComments() {
+  for (skip(kBlank); peek() == '/'; skip(kBlank)) skipComment();
 }
 
 void Scanner::skipComment() {
@@ -135,15 +113,20 @@ void Scanner::skipComment() {
   at_ = static_cast<Place>(after);
 }
 
-Token Scanner::next() {
-  skipBlanks();
+Token Scanner::token() {
   const char first = peek();
   if (at_ >= end_) return {TokenKind::kEnd, {}, end_};
-  if (is(first, kNameStart)) return word(TokenKind::kName);
+  if (is(first, kNameStart)) return name();
   if (first == '"') return string();
   if (is(first, kDigit | kSign)) return integer();
   if (!is(first, kSymbol)) refuseCharacter();
   return {TokenKind::kSymbol, text_.substr(at_++, 1), at_ - 1};
+}
+
+bool Scanner::isAt(std::string_view word) const {
+  if (lowered(peek()) != lowered(word.front())) return false;
+  if (!isSameIgnoringCase(text_.substr(at_, word.size()), word)) return false;
+  return !is(word.back(), kNameCharacter) || !is(peek(word.size()), kNameCharacter);
 }
 
 void Scanner::refuseCharacter() {
@@ -154,16 +137,17 @@ void Scanner::refuseCharacter() {
   throw Fault(at_, "unexpected character; only strings and comments may have it");
 }
 
-Token Scanner::word(TokenKind kind) {
+Token Scanner::name() {
   const Place begin = at_++;
   skip(kNameCharacter);
   const std::size_t length = at_ - begin;
   if (length > kLongestName) throw Fault(begin, "has more than 255 characters");
-  return {kind, text_.substr(begin, length), begin};
+  return {TokenKind::kName, {text_.data() + begin, length}, begin};
 }
 
 Token Scanner::integer() {
-  const Token token = word(TokenKind::kInteger);
+  Token token = name();
+  token.kind = TokenKind::kInteger;
   if (isDecimal(token.text) && peek() != '.') return token;
   throw Fault(token.at, described(token) + " is not taken; numbers are whole and decimal");
 }
@@ -171,7 +155,7 @@ Token Scanner::integer() {
 Token Scanner::string() {
   const Place begin = at_++;
   const Place pieceBegin = at_;
-  skip(kPlain);
+  at_ = plainEnd(text_, at_);
   if (peek() != '"') return joinedString(begin, pieceBegin);
   const Token token{TokenKind::kString, text_.substr(pieceBegin, at_ - pieceBegin), begin};
   ++at_;

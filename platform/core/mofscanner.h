@@ -3,10 +3,11 @@
 // The tokens of a MOF file (DSP0221, annex A).
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 
-#include "asciitext.h"
+#include "mofcharacters.h"
 #include "mofsource.h"
 
 namespace NKRXVEL20::mof {
@@ -25,28 +26,48 @@ std::string described(const Token& token);
 constexpr char lowered(char c) { return isUpperCase(c) ? static_cast<char>(c - 'A' + 'a') : c; }
 
 inline bool isSameIgnoringCase(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
-  std::size_t i = 0;
-  while (i < a.size() && (a[i] == b[i] || lowered(a[i]) == lowered(b[i]))) ++i;
-  return i == a.size();
+  const auto isSame = [](char x, char y) { return lowered(x) == lowered(y); };
+  return a.size() == b.size() && (a == b || std::ranges::equal(a, b, isSame));
 }
 
+// Stands before a token once blanks are skipped.
 class Scanner {
  public:
   // Strings that are not said in one piece go to `decoded`, which must have room for the text and
   // never grow beyond.
   Scanner(std::string_view text, Place begin, Place end, std::string& decoded)
-      : text_(text), at_(begin), end_(end), decoded_(&decoded) {}
+      : text_(text), at_(begin), end_(end), decoded_(&decoded) {
+    skipBlanks();
+  }
 
-  // Throws Fault for what is no token, and for tokens that the reader does not take.
-  Token next();
+  Place at() const { return at_; }
+  bool isAtEnd() const { return at_ >= end_; }
+  bool isAtSymbol(char symbol) const { return peek() == symbol; }
+  bool isAtName() const { return is(peek(), kNameStart); }
+  bool isAt(std::string_view word) const;  // or symbol
+
+  bool take(char symbol) {
+    if (peek() != symbol) return false;
+    ++at_;
+    skipBlanks();
+    return true;
+  }
+
+  // Blanks behind it are left. Throws Fault for what is no token, and for tokens that the reader does
+  // not take.
+  Token token();
+  Token name();  // where isAtName()
+
+  // And comments.
+  void skipBlanks() {
+    if (is(peek(), kBlank) || peek() == '/') skipBlanksAndComments();
+  }
 
  private:
-  char peek(std::size_t ahead = 0) const;
+  char peek(std::size_t ahead = 0) const { return text_[at_ + ahead]; }
   void skip(unsigned classes);
-  void skipBlanks();
+  void skipBlanksAndComments();
   void skipComment();
-  Token word(TokenKind kind);
   Token integer();
   Token string();
   Token joinedString(Place begin, Place pieceBegin);

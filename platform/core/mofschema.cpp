@@ -5,8 +5,10 @@
 #include <charconv>
 #include <optional>
 #include <unordered_map>
+#include <utility>
 
 #include "asciitext.h"
+#include "mofdocument.h"
 
 namespace NKRXVEL20::mof {
 namespace {
@@ -23,6 +25,21 @@ constexpr std::size_t kMostPropertiesOfAClass = 256;  // inherited ones counted
 constexpr std::size_t kMostProperties = 65536;        // of all classes, inherited ones counted
 constexpr std::size_t kMostSuperclasses = 16;         // of one class
 
+// What a schema's texts and lists lie in.
+struct Store {
+  explicit Store(Source texts) : source(std::move(texts)) {}
+
+  Source source;
+  std::string decoded;  // strings that were not said in one piece
+  std::vector<std::string_view> values;
+  std::vector<QualifierDeclaration> declarations;
+  std::vector<Qualifier> qualifiers;
+  std::vector<std::vector<PropertySchema>> properties;  // of each class
+  std::vector<ClassSchema> classes;
+  std::vector<const ClassSchema*> classesByName;
+  host::Schema schema;
+};
+
 struct TypeRow {
   std::string_view name;
   ECIMType type;
@@ -35,17 +52,38 @@ constexpr TypeRow kPropertyTypes[] = {
     {"uint64", ECIMType::kUint64}, {"datetime", ECIMType::kDateTime},
 };
 
+template <class Number>
+std::optional<Number> numberOf(std::string_view text) {
+  Number number{};
+  const auto [rest, error] = std::from_chars(text.begin(), text.end(), number);
+  if (error != std::errc() || rest != text.end()) return std::nullopt;
+  return number;
+}
+
+template <class Number>
+bool fits(std::string_view text) {
+  return numberOf<Number>(text).has_value();
+}
+
+bool fitsAny(std::string_view /*text*/) { return true; }
+
 struct QualifierTypeRow {
   std::string_view name;
   ValueKind kind;
+  bool (*fits)(std::string_view text);
 };
 
 constexpr QualifierTypeRow kQualifierTypes[] = {
-    {"boolean", ValueKind::kBoolean}, {"string", ValueKind::kString},
-    {"uint8", ValueKind::kInteger},   {"sint8", ValueKind::kInteger},
-    {"uint16", ValueKind::kInteger},  {"sint16", ValueKind::kInteger},
-    {"uint32", ValueKind::kInteger},  {"sint32", ValueKind::kInteger},
-    {"uint64", ValueKind::kInteger},  {"sint64", ValueKind::kInteger},
+    {"boolean", ValueKind::kBoolean, fitsAny},
+    {"string", ValueKind::kString, fitsAny},
+    {"uint8", ValueKind::kInteger, fits<std::uint8_t>},
+    {"sint8", ValueKind::kInteger, fits<std::int8_t>},
+    {"uint16", ValueKind::kInteger, fits<std::uint16_t>},
+    {"sint16", ValueKind::kInteger, fits<std::int16_t>},
+    {"uint32", ValueKind::kInteger, fits<std::uint32_t>},
+    {"sint32", ValueKind::kInteger, fits<std::int32_t>},
+    {"uint64", ValueKind::kInteger, fits<std::uint64_t>},
+    {"sint64", ValueKind::kInteger, fits<std::int64_t>},
 };
 
 enum Scope : std::uint32_t {
@@ -70,14 +108,6 @@ constexpr Refused kRefusedQualifiers[] = {
 
 bool isTrue(TextList values) { return !values.empty() && values.front() == kTrue; }
 std::string_view textOf(TextList values) { return values.empty() ? "" : values.front(); }
-
-template <class Number>
-std::optional<Number> numberOf(std::string_view text) {
-  Number number{};
-  const auto [rest, error] = std::from_chars(text.begin(), text.end(), number);
-  if (error != std::errc() || rest != text.end()) return std::nullopt;
-  return number;
-}
 
 // The qualifiers that mean something to the framework: each sets a member, or without values takes
 // it back. A declaration must give them this type.
@@ -129,34 +159,21 @@ auto findRow(Rows& rows, std::string_view name) {
 
 std::string quoted(std::string_view text) { return '"' + std::string(text) + '"'; }
 
-template <class Number>
-bool fits(std::string_view text) {
-  return numberOf<Number>(text).has_value();
-}
-
-bool fitsInteger(std::string_view type, std::string_view text) {
-  constexpr std::pair<std::string_view, bool (*)(std::string_view)> kFits[] = {
-      {"uint8", fits<std::uint8_t>},   {"sint8", fits<std::int8_t>},
-      {"uint16", fits<std::uint16_t>}, {"sint16", fits<std::int16_t>},
-      {"uint32", fits<std::uint32_t>}, {"sint32", fits<std::int32_t>},
-      {"uint64", fits<std::uint64_t>}, {"sint64", fits<std::int64_t>},
-  };
-  const auto* const row = std::ranges::find(
-      kFits, type, &std::pair<std::string_view, bool (*)(std::string_view)>::first);
-  return row != std::end(kFits) && row->second(text);
-}
-
 // The qualifiers that mean something for one kind of element, and those of them whose values
 // subclasses do not inherit.
 template <class Element>
 struct Meanings {
-  std::span<const Meaning<Element>> all;
+  Scope scope = kScopeAny;
+  const char* elements = "";
+  std::span<const Meaning<Element>> all = {};
+  std::vector<const Meaning<Element>*> declared = {};  // beside the declarations; null: none
   std::vector<const Meaning<Element>*> restricted = {};
 
-  void declare(const QualifierDecl& decl) {
-    const auto meaning = findRow(all, decl.name.text);
+  void declare(std::string_view name, std::string_view type, const QualifierDecl& decl) {
+    const auto meaning = findRow(all, name);
+    declared.push_back(meaning != all.end() ? &*meaning : nullptr);
     if (meaning == all.end()) return;
-    if (!isSameIgnoringCase(decl.type.text, meaning->type) || decl.isArray != meaning->isArray) {
+    if (!isSameIgnoringCase(type, meaning->type) || decl.isArray != meaning->isArray) {
       throw Fault(decl.type.at, std::string(meaning->name) + " is of type " +
                                     std::string(meaning->type) + (meaning->isArray ? "[]" : ""));
     }
@@ -167,17 +184,16 @@ struct Meanings {
   Element inherited(const Element& from) const {
     Element element = from;
     for (const Meaning<Element>* meaning : restricted) meaning->apply(element, {});
+    element.qualifiers = {};
     return element;
   }
-
-  void apply(Element& element, std::span<const Qualifier> qualifiers) const {
-    for (const Qualifier& qualifier : qualifiers) {
-      const auto meaning = findRow(all, qualifier.declaration->name);
-      if (meaning != all.end()) meaning->apply(element, qualifier.values);
-    }
-    element.qualifiers = qualifiers;
-  }
 };
+
+// Null for none.
+const char* refusalOf(std::string_view qualifier) {
+  const auto* const refused = findRow(kRefusedQualifiers, qualifier);
+  return refused != std::end(kRefusedQualifiers) ? refused->what : nullptr;
+}
 
 // What a class in the making is made of.
 struct Making {
@@ -203,13 +219,16 @@ class Builder {
 
  private:
   void declare(const QualifierDecl& decl);
-  void checkValues(const QualifierDeclaration& declaration, const Values& values, Place at) const;
+  void checkValues(std::size_t declaration, const Values& values, Place at) const;
+  std::string_view text(const Name& name) const { return store_.source.text(name.at, name.length); }
   TextList listOf(Range range) const {
     return TextList(store_.values).subspan(range.begin, range.size());
   }
 
-  std::span<const Qualifier> carry(Range uses, Scope scope);
-  Qualifier qualifierOf(const QualifierUse& use, Scope scope) const;
+  template <class Element>
+  void carry(Element& element, const Meanings<Element>& meanings, Range uses);
+  std::size_t declarationOf(const Name& name) const;
+  TextList valuesOf(const QualifierUse& use, std::size_t declaration) const;
 
   void addClass(const ClassDecl& decl);
   const ClassSchema* superclassOf(const ClassDecl& decl) const;
@@ -217,101 +236,116 @@ class Builder {
   void inherit(Making& making) const;
   bool redeclares(const ClassDecl& decl, std::string_view property) const;
   void addProperty(Making& making, const PropertyDecl& decl);
+  ECIMType propertyType(const Name& type) const;
   std::span<const PropertyDecl> propertiesOf(const ClassDecl& decl) const {
     return std::span(document_.properties).subspan(decl.properties.begin, decl.properties.size());
   }
 
   const Document& document_;
   Store& store_;
-  Meanings<PropertySchema> ofProperties_{kPropertyMeanings};
-  Meanings<ClassSchema> ofClasses_{kClassMeanings};
+  std::vector<const QualifierTypeRow*> types_;  // beside the declarations
+  std::vector<const char*> refusals_;           // beside them too; null: none
+  Meanings<PropertySchema> ofProperties_{kScopeProperty, "properties", kPropertyMeanings};
+  Meanings<ClassSchema> ofClasses_{kScopeClass, "classes", kClassMeanings};
   std::unordered_map<std::string_view, const ClassSchema*, NameHash, NameEqual> known_;
   std::size_t propertyCount_ = 0;
 };
 
 void Builder::declare(const QualifierDecl& decl) {
   const Place at = decl.name.at;
-  if (findRow(store_.declarations, decl.name.text) != store_.declarations.end()) {
-    throw Fault(at, "the qualifier " + quoted(decl.name.text) + " is declared already");
+  const std::string_view name = text(decl.name);
+  if (findRow(store_.declarations, name) != store_.declarations.end()) {
+    throw Fault(at, "the qualifier " + quoted(name) + " is declared already");
   }
   if (store_.declarations.size() == kMostQualifierDeclarations) {
     throw Fault(at, "a schema declares at most 64 qualifiers");
   }
-  const auto* const type = findRow(kQualifierTypes, decl.type.text);
+  const auto* const type = findRow(kQualifierTypes, text(decl.type));
   if (type == std::end(kQualifierTypes)) {
-    throw Fault(decl.type.at, "no qualifier is of type " + quoted(decl.type.text) + " here");
+    throw Fault(decl.type.at, "no qualifier is of type " + quoted(text(decl.type)) + " here");
   }
-  ofProperties_.declare(decl);
-  ofClasses_.declare(decl);
+  types_.push_back(type);
+  refusals_.push_back(refusalOf(name));
+  ofProperties_.declare(name, type->name, decl);
+  ofClasses_.declare(name, type->name, decl);
   const bool hasDefault = decl.defaults.form != ValueForm::kNone;
-  const QualifierDeclaration declaration{.name = decl.name.text,
-                                         .type = type->name,
-                                         .isArray = decl.isArray,
-                                         .hasDefault = hasDefault,
-                                         .defaults = listOf(decl.defaults.range),
-                                         .scopes = decl.scopes,
-                                         .flavors = decl.flavors};
-  if (hasDefault) checkValues(declaration, decl.defaults, at);
-  store_.declarations.push_back(declaration);
+  store_.declarations.push_back({.name = name,
+                                 .type = type->name,
+                                 .isArray = decl.isArray,
+                                 .hasDefault = hasDefault,
+                                 .defaults = listOf(decl.defaults.range),
+                                 .scopes = decl.scopes,
+                                 .flavors = decl.flavors});
+  if (hasDefault) checkValues(types_.size() - 1, decl.defaults, at);
 }
 
-void Builder::checkValues(const QualifierDeclaration& declaration, const Values& values,
-                          Place at) const {
-  const std::string name(declaration.name);
-  if (values.form != (declaration.isArray ? ValueForm::kArray : ValueForm::kSingle)) {
-    throw Fault(at, name + (declaration.isArray ? " needs a list of values: { ... }"
-                                                : " needs one value: ( ... )"));
+void Builder::checkValues(std::size_t declaration, const Values& values, Place at) const {
+  const auto& [name, type, isArray, hasDefault, defaults, scopes, flavors] =
+      store_.declarations[declaration];
+  if (values.form != (isArray ? ValueForm::kArray : ValueForm::kSingle)) {
+    throw Fault(at, std::string(name) + (isArray ? " needs a list of values: { ... }"
+                                                 : " needs one value: ( ... )"));
   }
-  const ValueKind kind = findRow(kQualifierTypes, declaration.type)->kind;
+  const QualifierTypeRow& row = *types_[declaration];
   for (std::uint32_t i = values.range.begin; i < values.range.end; ++i) {
     const ValueNote& note = document_.notes[i];
-    const bool fits = note.kind == kind && (kind != ValueKind::kInteger ||
-                                            fitsInteger(declaration.type, store_.values[i]));
-    if (!fits) throw Fault(note.at, name + " has values of type " + std::string(declaration.type));
+    if (note.kind == row.kind && row.fits(store_.values[i])) continue;
+    throw Fault(note.at, std::string(name) + " has values of type " + std::string(type));
   }
 }
 
-Qualifier Builder::qualifierOf(const QualifierUse& use, Scope scope) const {
+std::size_t Builder::declarationOf(const Name& name) const {
+  const std::string_view text = this->text(name);
+  const auto declaration = findRow(store_.declarations, text);
+  const auto row = static_cast<std::size_t>(declaration - store_.declarations.begin());
+  const bool isDeclared = declaration != store_.declarations.end();
+  if (isDeclared && refusals_[row] == nullptr) return row;
+  if (const char* const refusal = isDeclared ? refusals_[row] : refusalOf(text)) {
+    throw Fault(name.at, refusal);
+  }
+  throw Fault(name.at, "the qualifier " + quoted(text) + " is not declared");
+}
+
+TextList Builder::valuesOf(const QualifierUse& use, std::size_t declaration) const {
   static constexpr std::string_view kImplied[] = {kTrue};
-  const auto& [name, at] = use.name;
-  const auto* const refused = findRow(kRefusedQualifiers, name);
-  if (refused != std::end(kRefusedQualifiers)) throw Fault(at, refused->what);
-  const auto declaration = findRow(store_.declarations, name);
-  if (declaration == store_.declarations.end()) {
-    throw Fault(at, "the qualifier " + quoted(name) + " is not declared");
-  }
-  if ((declaration->scopes & (scope | kScopeAny)) == 0) {
-    throw Fault(at, "the qualifier " + quoted(name) + " is not for " +
-                        (scope == kScopeClass ? "classes" : "properties"));
-  }
   const bool isBare = use.values.form == ValueForm::kNone;
-  if (isBare && declaration->type == "boolean" && !declaration->isArray) {
-    return {&*declaration, kImplied};
-  }
-  checkValues(*declaration, use.values, at);
-  return {&*declaration, listOf(use.values.range)};
+  const bool isFlag =
+      types_[declaration]->kind == ValueKind::kBoolean && !store_.declarations[declaration].isArray;
+  if (isBare && isFlag) return kImplied;
+  checkValues(declaration, use.values, use.name.at);
+  return listOf(use.values.range);
 }
 
-std::span<const Qualifier> Builder::carry(Range uses, Scope scope) {
+// Gives an element the qualifiers of its text.
+template <class Element>
+void Builder::carry(Element& element, const Meanings<Element>& meanings, Range uses) {
   const std::size_t begin = store_.qualifiers.size();
-  for (std::uint32_t i = uses.begin; i < uses.end; ++i) {
-    const QualifierUse& use = document_.uses[i];
-    const Qualifier qualifier = qualifierOf(use, scope);
-    const auto before = std::span(store_.qualifiers).subspan(begin);
-    if (std::ranges::find(before, qualifier.declaration, &Qualifier::declaration) != before.end()) {
-      throw Fault(use.name.at, "the qualifier " + quoted(use.name.text) + " stands here twice");
+  std::uint64_t seen = 0;  // a bit for each declaration
+  static_assert(kMostQualifierDeclarations <= 64);
+  for (const QualifierUse& use : std::span(document_.uses).subspan(uses.begin, uses.size())) {
+    const std::size_t row = declarationOf(use.name);
+    const QualifierDeclaration& declaration = store_.declarations[row];
+    if ((declaration.scopes & (meanings.scope | kScopeAny)) == 0) {
+      throw Fault(use.name.at,
+                  "the qualifier " + quoted(text(use.name)) + " is not for " + meanings.elements);
     }
-    store_.qualifiers.push_back(qualifier);
+    const TextList values = valuesOf(use, row);
+    if ((seen >> row & 1U) != 0) {
+      throw Fault(use.name.at, "the qualifier " + quoted(text(use.name)) + " stands here twice");
+    }
+    seen |= std::uint64_t{1} << row;
+    store_.qualifiers.push_back({&declaration, values});
+    if (meanings.declared[row] != nullptr) meanings.declared[row]->apply(element, values);
   }
-  return std::span(store_.qualifiers).subspan(begin);
+  element.qualifiers = std::span(store_.qualifiers).subspan(begin);
 }
 
 const ClassSchema* Builder::superclassOf(const ClassDecl& decl) const {
-  if (decl.superclass.text.empty()) return nullptr;
-  const auto found = known_.find(decl.superclass.text);
+  if (decl.superclass.length == 0) return nullptr;
+  const auto found = known_.find(text(decl.superclass));
   if (found == known_.end()) {
     throw Fault(decl.superclass.at,
-                "the superclass " + quoted(decl.superclass.text) + " is not declared before");
+                "the superclass " + quoted(text(decl.superclass)) + " is not declared before");
   }
   std::size_t count = 1;
   for (const auto* above = found->second; (above = above->superclass) != nullptr;) ++count;
@@ -332,17 +366,18 @@ std::size_t Builder::countProperties(const Making& making) {
 }
 
 void Builder::addClass(const ClassDecl& decl) {
-  if (known_.contains(decl.name.text)) {
-    throw Fault(decl.name.at, "the class " + quoted(decl.name.text) + " is declared already");
+  const std::string_view name = text(decl.name);
+  if (known_.contains(name)) {
+    throw Fault(decl.name.at, "the class " + quoted(name) + " is declared already");
   }
   Making making{decl, superclassOf(decl), store_.properties.emplace_back()};
   const std::size_t most = countProperties(making);
   making.properties.reserve(most);
   ClassSchema made =
       making.superclass != nullptr ? ofClasses_.inherited(*making.superclass) : ClassSchema{};
-  made.name = decl.name.text;
+  made.name = name;
   made.superclass = making.superclass;
-  ofClasses_.apply(made, carry(decl.qualifiers, kScopeClass));
+  carry(made, ofClasses_, decl.qualifiers);
   inherit(making);
   made.inherited = making.properties.size();
   for (const PropertyDecl& property : propertiesOf(decl)) addProperty(making, property);
@@ -357,13 +392,12 @@ void Builder::inherit(Making& making) const {
   for (const PropertySchema& property : making.superclass->properties) {
     if (redeclares(making.decl, property.name)) continue;
     making.properties.push_back(ofProperties_.inherited(property));
-    making.properties.back().qualifiers = {};
   }
 }
 
 bool Builder::redeclares(const ClassDecl& decl, std::string_view property) const {
   return std::ranges::any_of(propertiesOf(decl), [&](const PropertyDecl& own) {
-    return isSameIgnoringCase(own.name.text, property);
+    return isSameIgnoringCase(text(own.name), property);
   });
 }
 
@@ -416,18 +450,18 @@ void checkMeaning(const PropertyDecl& decl, const PropertySchema& property) {
   }
 }
 
-ECIMType propertyType(const Name& type) {
-  const auto* const row = findRow(kPropertyTypes, type.text);
+ECIMType Builder::propertyType(const Name& type) const {
+  const auto* const row = findRow(kPropertyTypes, text(type));
   if (row == std::end(kPropertyTypes)) {
     throw Fault(type.at,
-                "no property is of type " + quoted(type.text) +
+                "no property is of type " + quoted(text(type)) +
                     " here; the types are string, boolean, uint8, uint16, uint64, datetime");
   }
   return row->type;
 }
 
 void Builder::addProperty(Making& making, const PropertyDecl& decl) {
-  const std::string_view name = decl.name.text;
+  const std::string_view name = text(decl.name);
   if (findRow(making.properties, name) != making.properties.end()) {
     throw Fault(decl.name.at, "the property " + quoted(name) + " is declared already");
   }
@@ -436,14 +470,12 @@ void Builder::addProperty(Making& making, const PropertyDecl& decl) {
       overridden != nullptr ? ofProperties_.inherited(*overridden) : PropertySchema{};
   property.name = name;
   property.type = propertyType(decl.type);
-  ofProperties_.apply(property, carry(decl.qualifiers, kScopeProperty));
+  carry(property, ofProperties_, decl.qualifiers);
   checkOverride(decl, property, overridden);
   checkKey(decl, property, making.superclass, overridden);
   checkMeaning(decl, property);
   making.properties.push_back(property);
 }
-
-}  // namespace
 
 void build(Document document, Store& store) {
   store.values = std::move(document.values);
@@ -452,6 +484,19 @@ void build(Document document, Store& store) {
   for (const ClassSchema& cimClass : store.classes) store.classesByName.push_back(&cimClass);
   std::ranges::sort(store.classesByName, {}, &ClassSchema::name);
   store.schema = {store.declarations, store.classes, store.classesByName};
+}
+
+}  // namespace
+
+host::SchemaPtr schemaOf(Source source) {
+  const auto store = std::make_shared<Store>(std::move(source));
+  store->decoded.reserve(store->source.text().size());
+  try {
+    build(parseDocument(store->source, store->decoded), *store);
+  } catch (const Fault& fault) {
+    throw host::SchemaError(store->source.where(fault.at()) + ": " + fault.what());
+  }
+  return {store, &store->schema};
 }
 
 }  // namespace NKRXVEL20::mof

@@ -2,9 +2,11 @@
 #include "mofsource.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <optional>
+#include <utility>
 
 #include "vel/utf8.h"
 
@@ -12,16 +14,17 @@ namespace NKRXVEL20::mof {
 namespace {
 
 constexpr std::size_t kLargestSchema = std::size_t{4} << 20U;
+constexpr std::size_t kTypicalSchema = std::size_t{64} << 10U;
 
 bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80; }
 
 // Whole words of ASCII are stepped over at once: nearly all of every schema is that.
 std::size_t skipAscii(std::string_view text, std::size_t at) {
   constexpr std::uint64_t kHighBits = 0x8080808080808080U;
-  std::uint64_t word = 0;
-  for (; at + sizeof word <= text.size(); at += sizeof word) {
-    std::memcpy(&word, text.data() + at, sizeof word);
-    if ((word & kHighBits) != 0) break;
+  std::array<std::uint64_t, 4> words{};
+  for (; at + sizeof words <= text.size(); at += sizeof words) {
+    std::memcpy(words.data(), text.data() + at, sizeof words);
+    if (((words[0] | words[1] | words[2] | words[3]) & kHighBits) != 0) break;
   }
   while (at < text.size() && static_cast<unsigned char>(text[at]) < 0x80) ++at;
   return at;
@@ -38,24 +41,20 @@ std::optional<std::size_t> firstIllFormed(std::string_view text) {
 
 }  // namespace
 
-Source::Source(std::span<const host::SchemaFile> files) {
-  std::size_t size = 0;
-  for (const auto& file : files) {
-    size += file.text.size();
-    if (size > kLargestSchema) {
-      throw host::SchemaError(file.name + ": a schema has at most 4 MiB of text");
-    }
+// So that a typical schema's text never moves; what it does not fill costs nothing.
+Source::Source() { text_.reserve(kTypicalSchema); }
+
+void Source::add(std::string name, std::size_t size, const Fill& fill) {
+  if (text_.size() - files_.size() + size > kLargestSchema) {
+    throw host::SchemaError(name + ": a schema has at most 4 MiB of text");
   }
-  text_.reserve(size + files.size());
-  files_.reserve(files.size());
-  for (const auto& file : files) {
-    files_.push_back({file.name, static_cast<Place>(text_.size())});
-    text_.append(file.text).append(1, '\n');
-    if (const auto at = firstIllFormed(file.text)) {
-      throw host::SchemaError(where(files_.back().begin + static_cast<Place>(*at)) +
-                              ": is not UTF-8");
-    }
-  }
+  const std::size_t begin = text_.size();
+  files_.push_back({std::move(name), static_cast<Place>(begin)});
+  text_.resize(begin + size + 1);
+  fill(std::span(text_).subspan(begin, size));
+  const auto illFormed = firstIllFormed(std::string_view(text_).substr(begin, size));
+  if (!illFormed) return;
+  throw host::SchemaError(where(static_cast<Place>(begin + *illFormed)) + ": is not UTF-8");
 }
 
 Place Source::end(std::size_t file) const {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -29,13 +30,19 @@ class Fault : public std::runtime_error {
 
 class Source {
  public:
-  // Throws SchemaError for more text than any schema has and for what is no UTF-8.
-  explicit Source(std::span<const host::SchemaFile> files);
+  using Fill = std::function<void(std::span<char> room)>;
+
+  Source();
+
+  // Lays a file of `size` bytes behind the others; `fill` writes them. Throws SchemaError for more
+  // text than any schema has and for what is no UTF-8.
+  void add(std::string name, std::size_t size, const Fill& fill);
 
   std::size_t fileCount() const { return files_.size(); }
   Place begin(std::size_t file) const { return files_[file].begin; }
-  Place end(std::size_t file) const;  // a line feed stands there, which belongs to no file
+  Place end(std::size_t file) const;  // a NUL stands there, which belongs to no file
   std::string_view text() const { return text_; }
+  std::string_view text(Place at, std::size_t length) const { return text().substr(at, length); }
 
   // "FILE:LINE:COLUMN", both from 1, the column in characters.
   std::string where(Place at) const;

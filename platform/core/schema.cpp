@@ -21,14 +21,12 @@ SchemaPtr& held() {
 SchemaError::~SchemaError() = default;
 
 SchemaPtr parseSchema(std::span<const SchemaFile> files) {
-  const auto store = std::make_shared<mof::Store>(files);
-  store->decoded.reserve(store->source.text().size());
-  try {
-    mof::build(mof::parseDocument(store->source, store->decoded), *store);
-  } catch (const mof::Fault& fault) {
-    throw SchemaError(store->source.where(fault.at()) + ": " + fault.what());
+  mof::Source source;
+  for (const SchemaFile& file : files) {
+    source.add(file.name, file.text.size(),
+               [&](std::span<char> room) { std::ranges::copy(file.text, room.begin()); });
   }
-  return {store, &store->schema};
+  return mof::schemaOf(std::move(source));
 }
 
 void setSchema(SchemaPtr schema) {

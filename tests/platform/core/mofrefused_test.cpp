@@ -60,6 +60,8 @@ TEST(MofRefused, WhatIsNotTakenIsNamed) {
       {"class A_B as $x {};", "2:11: aliases are not taken"},
       {"class A_B : $x {};", "2:13: aliases are not taken"},
       {"class A_B { uint8 f(); };", "2:20: methods are not taken"},
+      {"class A_B { uint8 f(uint8 i); };", "2:20: methods are not taken"},
+      {"class A_B { uint8 a[4]; };", "2:20: properties that are arrays are not taken"},
       {"class A_B { uint8 a[]; };", "2:20: properties that are arrays are not taken"},
       {"class A_B { uint8 a = 1; };", "2:21: default values are not taken"},
       {"class A_B { A_C ref c; };", "2:17: references are not taken"},
