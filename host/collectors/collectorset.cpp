@@ -19,6 +19,10 @@ std::string fileOf(std::string name) {
   return "lib" + name + ".pi.so";
 }
 
+std::string providerOf(const std::string& className) {
+  return std::string(NKRXVEL20::host::findClass(className)->provider);
+}
+
 }  // namespace
 
 CollectorSet::CollectorSet(CollectorFiles files) : files_(std::move(files)) {
@@ -43,13 +47,24 @@ Collector* CollectorSet::loadedByName(const std::string& name) {
   return found == collectors_.end() ? nullptr : &*found;
 }
 
-void CollectorSet::load(const std::filesystem::path& file) {
+bool CollectorSet::load(const std::filesystem::path& file) {
   try {
     collectors_.emplace_back(loader_, file);
+    return true;
   } catch (const std::exception& error) {
     notLoaded_.push_back(file);
     failures_.emplace_back(error.what());
+    return false;
   }
+}
+
+Collector* CollectorSet::loadedFrom(const std::filesystem::path& file, const std::string& name) {
+  if (!load(file)) return nullptr;
+  Collector& collector = collectors_.back();
+  if (collector.identity().name == name) return &collector;
+  failures_.push_back(file.string() + ": it is looked for as " + name + " and calls itself " +
+                      collector.identity().name);
+  return nullptr;
 }
 
 void CollectorSet::loadAll() {
@@ -62,17 +77,30 @@ Collector* CollectorSet::named(const std::string& name) {
   const auto file = std::ranges::find_if(
       files, [&](const auto& candidate) { return candidate.filename() == fileOf(name); });
   if (found != nullptr || file == files.end() || !isThere(name)) return found;
-  load(*file);
+  const std::filesystem::path path = *file;
   files.erase(file);
-  return loadedByName(name);
+  return loadedFrom(path, name);
 }
 
 std::vector<Collector*> CollectorSet::serving(const std::string& className) {
-  const auto* const cimClass = NKRXVEL20::host::findClass(className);
-  if (Collector* provider = named(std::string(cimClass->provider))) return {provider};
-  if (!loadedAnyway_.empty()) return loadedAnyway_;
+  const std::string provider = providerOf(className);
+  if (Collector* collector = named(provider)) return {collector};
+  if (!loadedAnyway_.empty() || !provider.empty()) return loadedAnyway_;
   Collector* const firmware = named(kFirmwareCollector);
   return firmware == nullptr ? std::vector<Collector*>() : std::vector{firmware};
+}
+
+bool CollectorSet::isLeftOut(const std::string& className) {
+  const std::string provider = providerOf(className);
+  return files_.names && !provider.empty() && loadedByName(provider) == nullptr;
+}
+
+std::string CollectorSet::whyNotServed(const std::string& className) const {
+  const std::string provider = providerOf(className);
+  std::string text = "no collector serves " + className;
+  if (provider.empty()) return text;
+  if (!isThere(provider)) return text + ": the machine's file does not list " + provider;
+  return text + ": " + provider + " (" + fileOf(provider) + ") is missing or does not load";
 }
 
 }  // namespace velhost

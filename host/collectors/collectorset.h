@@ -15,7 +15,7 @@
 
 namespace velhost {
 
-// Serves what no other collector does, and is asked first.
+// Serves its own classes and those without a Provider, and is asked first.
 inline constexpr char kFirmwareCollector[] = "SPFirmwareVPD";
 
 struct CollectorFiles {
@@ -43,6 +43,13 @@ class CollectorSet {
   // those that were to be loaded in any case, or the firmware collector. Empty when there is none.
   std::vector<Collector*> serving(const std::string& className);
 
+  // One line about a class for which there is none.
+  std::string whyNotServed(const std::string& className) const;
+
+  // True where a machine's file says which collectors there are, and one of them is missing for the
+  // class: others are asked in its place, and refuse.
+  bool isLeftOut(const std::string& className);
+
   const std::deque<Collector>& loaded() const { return collectors_; }
 
   // The files that could not be loaded.
@@ -59,7 +66,8 @@ class CollectorSet {
  private:
   bool isThere(const std::string& name) const;
   Collector* loadedByName(const std::string& name);
-  void load(const std::filesystem::path& file);
+  Collector* loadedFrom(const std::filesystem::path& file, const std::string& name);
+  bool load(const std::filesystem::path& file);
 
   NKRXVEL20::host::PluginLoader loader_;
   CollectorFiles files_;

@@ -27,6 +27,7 @@ struct RequestError {
   std::string exception;             // "TVELException" or the C++ type's name
   std::optional<std::int32_t> code;  // of a TVELException
   std::string what;
+  bool wasAsked = true;  // false: nobody was, the host refuses
 };
 
 struct QueryResult {

@@ -136,7 +136,8 @@ bool QueryRun::publishKnown(const Question& question, QueryResult& result) {
 void QueryRun::ask(const Question& question, QueryResult& result) {
   if (publishKnown(question, result)) return;
   asked_.insert(question.classes.begin(), question.classes.end());
-  RequestError refusal{"", std::nullopt, "no collector serves " + question.classes.front()};
+  RequestError refusal{"TVELException", NKRXVEL20::kErrorClassNotServed,
+                       collectors_->whyNotServed(question.classes.front()), false};
   bool isServed = false;  // of several that may serve the class one has to
   for (Collector* const collector : question.collectors) {
     if (context_.plugin.name.empty()) context_.plugin = collector->identity();
@@ -149,7 +150,12 @@ void QueryRun::ask(const Question& question, QueryResult& result) {
       if (error) note(collector->identity().name, *error, result);
     }
   }
-  if (!isServed) note(question.classes.front(), refusal, result);
+  if (isServed) return;
+  note(question.classes.front(), refusal, result);
+  if (!refusal.wasAsked) return;
+  for (const std::string& name : question.classes) {
+    if (collectors_->isLeftOut(name)) failures_.push_back(collectors_->whyNotServed(name));
+  }
 }
 
 // How the answer ended; nullopt: well.

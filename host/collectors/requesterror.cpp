@@ -43,6 +43,7 @@ RequestError describeCurrentException() {
 }
 
 std::string errorText(const RequestError& error) {
+  if (!error.wasAsked) return error.what;
   std::string text = error.exception;
   if (error.code) text += " code " + std::to_string(*error.code);
   if (!error.what.empty()) text += ": " + error.what;

@@ -11,7 +11,7 @@ namespace velhost {
 // of the exception itself, whose type may go with the plug-in.
 RequestError describeCurrentException();
 
-// "TVELException code 2: its text".
+// "TVELException code 2: its text", or the text alone where nobody was asked.
 std::string errorText(const RequestError& error);
 
 }  // namespace velhost

@@ -83,7 +83,7 @@ void showLogEntry(const LogEntry& entry, int level) {
 }
 
 void complainOf(const RequestError& error) {
-  complain("the plug-in refused the request: " + errorText(error));
+  complain((error.wasAsked ? "the plug-in refused the request: " : "") + errorText(error));
 }
 
 template <class Command>

@@ -6,6 +6,8 @@
 #include <filesystem>
 
 #include "host/collectors/queryrun.h"
+#include "host/collectors/requesterror.h"
+#include "tests/host/scratchfolder.h"
 
 namespace velhost {
 namespace {
@@ -17,6 +19,7 @@ using Texts = std::vector<std::string>;
 const std::filesystem::path kProviders = TEST_PROVIDERS;
 const std::filesystem::path kDevices = kProviders / "libdeviceinventory.pi.so";
 const std::filesystem::path kIpmi = kProviders / "libipmiinventory.pi.so";
+const std::filesystem::path kFirmware = kProviders / "libspfirmwarevpd.pi.so";
 const std::filesystem::path kBroken = "/nowhere/libdeviceinventory.pi.so";
 
 Machine bareMachine() {
@@ -105,6 +108,52 @@ TEST(Collectors, AClassWithoutACollectorShowsTheRefusalOfTheFirst) {
   const QueryResult result = run.request({"KRXSG_Vpd", "KRXSG_USBDevice"}, true);
   ASSERT_TRUE(result.error);
   EXPECT_EQ(2, result.error->code);
+}
+
+TEST(Collectors, AClassWhoseCollectorIsNotThereIsPutToNobody) {
+  constexpr char kMissing[] =
+      "no collector serves KRXSG_USBDevice: DeviceInventory (libdeviceinventory.pi.so) is missing "
+      "or does not load";
+  const struct {
+    const char* what;
+    CollectorFiles files;
+    std::string error;
+  } cases[] = {
+      {"missing", {{}, {kFirmware}}, kMissing},
+      {"broken", {{}, {kFirmware, kBroken}}, kMissing},
+  };
+  for (const auto& c : cases) {
+    QueryRun run(bareMachine(), {c.files, true, false, {}});
+    const QueryResult result = run.request({"KRXSG_USBDevice"}, true);
+    ASSERT_TRUE(result.error) << c.what;
+    EXPECT_EQ(c.error, errorText(*result.error)) << c.what;
+    EXPECT_EQ(2, result.error->code) << c.what;
+    EXPECT_EQ(Texts{}, logOf(result)) << c.what;
+  }
+}
+
+TEST(Collectors, OfAMachineFileRefuseWhatTheFileDoesNotList) {
+  RunOptions options = with({kDevices});
+  options.collectors.names = {"IPMIInventory"};
+  QueryRun run(bareMachine(), options);
+  const QueryResult result = run.request({"KRXSG_USBDevice"}, true);
+  ASSERT_TRUE(result.error);
+  EXPECT_EQ("TVELException code 2: not served", errorText(*result.error));
+  EXPECT_EQ(
+      Texts{
+          "no collector serves KRXSG_USBDevice: the machine's file does not list DeviceInventory"},
+      result.failures);
+}
+
+using CollectorsInAFolder = ScratchFolder;
+
+TEST_F(CollectorsInAFolder, APluginOfAnotherNameIsNotTheOneLookedFor) {
+  const auto file = folder_ / "libdeviceinventory.pi.so";
+  std::filesystem::copy_file(kIpmi, file);
+  QueryRun run(bareMachine(), {{{}, {file}}, false, false, {}});
+  EXPECT_EQ(
+      Texts{file.string() + ": it is looked for as DeviceInventory and calls itself IPMIInventory"},
+      run.request({"KRXSG_USBDevice"}, true).failures);
 }
 
 TEST(Collectors, AListedCollectorsInstancesMayBeGivenInstead) {

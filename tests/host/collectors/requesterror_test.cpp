@@ -33,5 +33,9 @@ TEST(RequestErrorTest, AnyExceptionIsNamedByItsType) {
   }
 }
 
+TEST(RequestErrorTest, OfAPluginThatIsNotThereIsItsTextAlone) {
+  EXPECT_EQ("nobody is there", errorText({"TVELException", 2, "nobody is there", false}));
+}
+
 }  // namespace
 }  // namespace velhost
