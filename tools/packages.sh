@@ -5,7 +5,7 @@
 # Sourced by ./run, ./test and .ci/check.
 
 build_packages=(g++ cmake ninja-build libboost-dev nlohmann-json3-dev libcli11-dev libudev-dev)
-test_packages=(libgtest-dev libgmock-dev python3 python3-jsonschema dmidecode valgrind)
+test_packages=(libgtest-dev libgmock-dev pkgconf python3 python3-jsonschema dmidecode valgrind)
 vm_packages=(qemu-system-x86 busybox-static openipmi libopenipmi-dev)
 check_packages=(clang clang-format clang-tidy)
 
