@@ -512,9 +512,13 @@ TEST_F(Velhost, CollectorsAreListedWithTheirClasses) {
   const ProgramOutcome outcome = run({"collectors"});
   EXPECT_EQ(0, outcome.status);
   EXPECT_EQ("", outcome.err);
+  EXPECT_NE(std::string::npos, outcome.out.find("libdeviceinventory.pi.so\n  KRXSG_USBDevice\n  "
+                                                "KRXSG_TapeDrive\n"))
+      << outcome.out;
   EXPECT_NE(std::string::npos,
-            outcome.out.find("libdeviceinventory.pi.so\n  KRXSG_USBDevice\n  "
-                             "KRXSG_TapeDrive\nSPFirmwareVPD 1.0 (interface 1.0), loaded from "))
+            outcome.out.find("libsmbiosinventory.pi.so\n  KRXSG_SystemFirmware\n  "
+                             "KRXSG_ComputerSystem\n  KRXSG_PhysicalMemory\n"
+                             "SPFirmwareVPD 1.0 (interface 1.0), loaded from "))
       << outcome.out;
 }
 

@@ -36,7 +36,10 @@ import re
 import struct
 import sys
 
-HAND_WRITTEN = {"no-sp-two-oem-structures", "uefi-two-node", "one-sp-everything", "qemu-q35"}
+import smbios_inventory
+
+HAND_WRITTEN = {"no-sp-two-oem-structures", "uefi-two-node", "one-sp-everything", "qemu-q35",
+                "memory-slots", "smbios-identity"}
 REINIT = {"no-sp-two-oem-structures", "one-sp-everything", "both-sends-fail", "ckvm",
           "ckvm-blank-level", "diagnostics-empty-on-both-nodes", "first-send-fails",
           "faults-at-publication", "qla-class-missing", "runtime-error", "tamber"}
@@ -90,7 +93,8 @@ TAPE_CLASS = "KRXSG_USBTapeFirmwareElement"
 TYPES = {  # every other property is a string
     "SourceNode": "uint8", "SoftwareElementState": "uint16", "TargetOperatingSystem": "uint16",
     "PrimaryBIOS": "boolean", "LoadedStartingAddress": "uint64", "LoadedEndingAddress": "uint64",
-    "ReleaseDate": "datetime", "BuildDate": "datetime"}
+    "ReleaseDate": "datetime", "BuildDate": "datetime", "ROMSize": "uint64", "UEFI": "boolean",
+    "Populated": "boolean", "Capacity": "uint64", "Speed": "uint64"}
 
 FIRMWARE = ("Name SourceNode SoftwareElementID SoftwareElementState TargetOperatingSystem Version "
             "BuildNumber BuildDate Checksum FileName PartNumber")
@@ -1249,6 +1253,30 @@ class PlugIn(SmbiosWalk, SystemBios, Diagnostics, SpFirmwareOfSmbios, DotCommand
 
 
 # ---------------------------------------------------------------------------------------------
+# The companions that a machine file lists
+
+
+def smbios_inventory_of(plug_in):
+    """The SMBIOS collector's instances."""
+    inventory = smbios_inventory.Inventory(
+        plug_in.smbios, memory_maker, set_date_time,
+        lambda text: plug_in.logs.note(0, f"SMBIOSInventory: {text}"))
+    for class_name, values in inventory.instances():
+        instance = Instance(plug_in.namespace, class_name)
+        instance.values = values
+        yield instance
+
+
+COMPANIONS = {  # its classes, and what it publishes
+    "SMBIOSInventory": (["KRXSG_SystemFirmware", "KRXSG_ComputerSystem", "KRXSG_PhysicalMemory"],
+                        smbios_inventory_of)}
+
+
+def companions_of(machine):
+    return [COMPANIONS[name] for name in machine.get("collectors", []) if name in COMPANIONS]
+
+
+# ---------------------------------------------------------------------------------------------
 # The result document
 
 codecs.register_error(  # one U+FFFD for each offending byte
@@ -1265,7 +1293,7 @@ def value_entry(name, value):
     return entry
 
 
-def one_query(plug_in, requested):
+def one_query(plug_in, requested, companions):
     plug_in.logs.core.clear()
     plug_in.logs.failure.clear()
     plug_in.sp.traffic.clear()
@@ -1277,6 +1305,11 @@ def one_query(plug_in, requested):
         error = {"exception": "TVELException", "code": exception.code, "what": None}
     except StdRuntimeError:
         error = {"exception": "std::runtime_error", "what": None}
+    for names, publish in companions:  # of their classes those that have instances are told
+        published = list(publish(plug_in))
+        filled = {instance.class_name for instance in published}
+        requested = requested + [name for name in names if name in filled]
+        plug_in.namespace.published += published
     instances = [{"class": instance.class_name,
                   "properties": {name: value_entry(name, value)
                                  for name, value in instance.values.items()}}
@@ -1292,7 +1325,7 @@ def derive(path, repeat=1, reinit=False):
     for round_number in range(repeat):
         if reinit and round_number:
             plug_in.init()
-        queries.append(one_query(plug_in, CLASS_NAMES + [TAPE_CLASS]))
+        queries.append(one_query(plug_in, CLASS_NAMES + [TAPE_CLASS], companions_of(machine)))
     return {"format": "vel-result/1",
             "machine": {"source": "file", "name": machine["name"]},
             "plugin": {"name": "SPFirmwareVPD", "version": "1.0", "interface_version": "1.0",

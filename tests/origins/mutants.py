@@ -41,6 +41,12 @@ def byte_ranges(line):
             yield f"bytes {low}-{'' if high is None else high}", {"first": low, "last": high}
 
 
+def other_kinds(line):
+    """A string that is taken whole where a part would do is no mistake of the line's."""
+    kinds = ("string", *notation.SIZES) if line.kind else ()
+    return [kind for kind in kinds if kind != line.kind]
+
+
 def smbios(line):
     if line.source != "SMBIOS.DMTF":
         return
@@ -49,16 +55,21 @@ def smbios(line):
             yield f"type {line.structure + step}", {"structure": line.structure + step}
         if line.kind:
             yield f"offset {line.offset + step}", {"offset": line.offset + step}
-    for kind in ("string", "uint8", "uint16") if line.kind else ():
-        if kind != line.kind:
-            yield kind, {"kind": kind}
+    for kind in other_kinds(line):
+        yield kind, {"kind": kind}
+
+
+def rules_beside(line):
+    """Those that a line's author may have meant."""
+    of_structures = line.kind == "whole string" or line.rule in rules.OF_STRUCTURES
+    return [*rules.PLAIN, *(rules.OF_STRUCTURES if of_structures else ())]
 
 
 def other_rules(line):
     blank = " or blank"
     plain = line.rule.removesuffix(blank)
     suffix = line.rule[len(plain):]
-    for other in rules.PLAIN:
+    for other in rules_beside(line):
         if other != plain:
             yield other + suffix, {"rule": other + suffix}
     if plain not in rules.NEVER_NOTHING:

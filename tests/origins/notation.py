@@ -5,6 +5,7 @@ import dataclasses
 import re
 
 ANY = None  # the byte of a command that holds the instance number
+SIZES = {"uint8": 1, "uint16": 2, "uint32": 4, "16 bytes": 16}  # of what stands at an offset
 
 
 @dataclasses.dataclass(frozen=True)
@@ -20,7 +21,7 @@ class Line:
     last: int | None = 0     # None: as many as the reported length says
     structure: int = 0       # SMBIOS type
     offset: int = 0
-    kind: str = ""           # "string", "uint8", "uint16" at the offset
+    kind: str = ""           # "string", "whole string" or one of SIZES, at the offset
     contains: str = ""       # what a string of the structure has in it
     origin: tuple = ()       # class and property of another collector's instance
 

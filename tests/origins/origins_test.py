@@ -22,7 +22,7 @@ import notation  # noqa: E402
 import proof  # noqa: E402
 import rules  # noqa: E402
 
-PROVIDER = "SPFirmwareVPD"
+PROVIDERS = ("SPFirmwareVPD", "SMBIOSInventory")
 SERVED_EMPTY = ("KRXSG_PostBIOSVPD", "KRXSG_DeviceDriver", "KRXSG_SystemBIOS")
 NEVER_SEEN = {  # classes whose lines no machine file can prove
     "KRXSG_USBTapeFirmwareElement": "the collection does not ask for the firmware of tape drives",
@@ -34,6 +34,7 @@ NO_MAKER = "the list of makers ends with six continuation bytes, so the eighth b
 CHECKED = "the collector takes only replies in which byte 8 is zero, and the rule drops zeros"
 ONE_MACHINE = "the only machine with this spelling has a level of digits alone"
 HAS_NAME = "every adapter of the machine files has a name"
+NO_VERSION = "the version of firmware that gives none is not set"
 MAIN, BOOT_ROM, DIAGNOSTIC, CKVM = ("KRXSG_SPROMFirmwareVPDMain", "KRXSG_SPROMFirmwareVPDBootROM",
                                     "KRXSG_DiagnosticVPD", "KRXSG_cKVM")
 UNNOTICED = [  # class, property, what its line has in it, what is wrong there, why nothing shows it
@@ -54,6 +55,7 @@ UNNOTICED = [  # class, property, what its line has in it, what is wrong there, 
     (CKVM, "Version", "bytes 9-", "bytes 8-", CHECKED),
     (CKVM, "FirmwareVersion", "bytes 9-", "bytes 8-", CHECKED),
     (MAIN, "BuildNumber", "KRX Torviks Management", "level", ONE_MACHINE),
+    ("KRXSG_SystemFirmware", "Version", "whole string", "text or blank", NO_VERSION),
     (MAIN, "Name", "Instance.VEL", "text or blank", HAS_NAME),
     (BOOT_ROM, "Name", "Instance.VEL", "text or blank", HAS_NAME)]
 
@@ -100,7 +102,7 @@ class Origins(unittest.TestCase):
 
     def filled(self):
         return [read for read in self.classes.values()
-                if read.provider == PROVIDER and read.name not in SERVED_EMPTY]
+                if read.provider in PROVIDERS and read.name not in SERVED_EMPTY]
 
     def stands(self, class_name, lines, cases):
         return all(proof.still_proven(lines, case.instance, case.machine, case.outcome)

@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """Explains a published instance by the lines of its class and what the collector was given.
 
-One view has to explain all properties together: one reply, one SMBIOS structure, one string of a
-structure and one instance of another collector at most. So a line cannot borrow the bytes of a
-reply that belongs to another component.
+One view has to explain all properties together: one reply, one SMBIOS structure of each type, one
+string of a structure and one instance of another collector at most. So a line cannot borrow the bytes
+of a reply that belongs to another component.
 """
 
 import dataclasses
@@ -14,6 +14,7 @@ import re
 import derive_expected as witness
 import notation
 import rules
+import smbios_inventory as inventory
 
 # Bytes of a string set that are read: for the string of a number, for one that has a text in it.
 NUMBERED_READ, CONTAINING_READ = 100, 1024
@@ -24,7 +25,7 @@ LONGEST_STRING = 99
 class View:
     """What an instance is explained by; None for what has no part in it."""
     reply: object
-    structure: tuple | None  # SMBIOS type, bytes
+    structures: dict         # bytes by SMBIOS type
     string: tuple | None     # SMBIOS type, bytes
     companion: tuple | None  # class, values
     placeholders: dict
@@ -59,13 +60,16 @@ def bytes_of_smbios(line, view):
     if line.contains:
         found = view.string and view.string[0] == line.structure
         return view.string[1] if found and line.contains.encode() in view.string[1] else None
-    if not view.structure or view.structure[0] != line.structure:
+    if view.structures.get(line.structure) is None:
         return None
-    data = view.structure[1].ljust(260, b"\0")
-    if line.kind != "string":
-        return data[line.offset:line.offset + {"uint8": 1, "uint16": 2}[line.kind]]
-    strings = data[data[1]:][:NUMBERED_READ]
-    return witness.string_number(strings, data[line.offset]).encode("latin-1")
+    data = view.structures[line.structure].ljust(260, b"\0")
+    if line.kind in notation.SIZES:
+        return data[line.offset:line.offset + notation.SIZES[line.kind]]
+    if line.kind == "whole string":
+        text = inventory.whole_string(data[data[1]:], data[line.offset])
+    else:
+        text = witness.string_number(data[data[1]:][:NUMBERED_READ], data[line.offset])
+    return text.encode("latin-1")
 
 
 def bytes_of_companion(line, view):
@@ -128,8 +132,11 @@ def replies_for(lines, machine):
 
 
 def structures_for(lines, machine):
+    """Dictionaries with a structure of each type, or none of it, and the number of the last one."""
     types = sorted({line.structure for line in lines if line.kind})
-    return [(number, data) for number in types for data in machine.structures(number)]
+    found = [[*enumerate(machine.structures(number), 1), (None, None)] for number in types]
+    for chosen in itertools.product(*found):
+        yield dict(zip(types, (data for _, data in chosen))), chosen[-1][0] if chosen else None
 
 
 def strings_of(structure):
@@ -156,19 +163,20 @@ def numbers(machine, reply):
     return [(sp, None) for sp in range(1, machine.nodes + 1)]
 
 
-def placeholders(machine, sp, n):
+def placeholders(machine, sp, n, structure):
     return {"sp": str(sp), "node": str(sp), "label": machine.label(sp),
-            "n": None if n is None else str(n)}
+            "n": None if n is None else str(n),
+            "structure": None if structure is None else str(structure)}
 
 
 def views(lines, machine):
     replies = [*replies_for(lines, machine), None]
-    rest = [[*found(lines, machine), None]
-            for found in (structures_for, strings_for, companions_for)]
+    structures = list(structures_for(lines, machine))
+    rest = [[*found(lines, machine), None] for found in (strings_for, companions_for)]
     for reply in replies:
         for sp, n in numbers(machine, reply):
-            for combination in itertools.product(*rest):
-                yield View(reply, *combination, placeholders(machine, sp, n))
+            for (chosen, number), *others in itertools.product(structures, *rest):
+                yield View(reply, chosen, *others, placeholders(machine, sp, n, number))
 
 
 # ---------------------------------------------------------------------------------------------

@@ -5,6 +5,7 @@ import functools
 import re
 
 import derive_expected as witness
+import smbios_inventory as inventory
 
 
 def date(data):
@@ -30,6 +31,35 @@ def numeric_version_part(data):
     return version if witness.is_all_numeric(version) else " "
 
 
+def of_bytes(count, value):
+    """A rule that takes so many bytes and gives nothing for None."""
+    def apply(data):
+        found = value(data) if len(data) == count else None
+        return "" if found is None else str(found)
+    return apply
+
+
+def of_number(count, value):
+    return of_bytes(count, lambda data: value(int.from_bytes(data, "little")))
+
+
+def named(names):
+    return of_number(1, lambda code: names.get(code))
+
+
+def of_text(value):
+    return lambda data: value(witness.text_of(data)) or ""
+
+
+def month_day_year(text):
+    fields = inventory.month_day_year(text)
+    return fields and witness.set_date_time(*fields)
+
+
+def truth(value):
+    return str(bool(value)).upper()
+
+
 PLAIN = {
     "text": witness.text_of,
     "decimal": lambda data: str(data[0]) if data else "0",
@@ -43,8 +73,27 @@ PLAIN = {
     "shift 16": lambda data: str(int.from_bytes(data, "little") << 16),
     "JEP106 maker": lambda data: witness.memory_maker(data.ljust(8, b"\0")),
 }
+OF_STRUCTURES = {  # where these give nothing, the property is not set
+    "trimmed": of_text(inventory.trimmed),
+    "month/day/year": of_text(month_day_year),
+    "major.minor": of_bytes(2, lambda data: inventory.release(*data)),
+    "number": lambda data: str(int.from_bytes(data, "little") % 2**31) if len(data) < 5 else "",
+    "not zero": of_number(2, truth),
+    "bit 3": of_number(1, lambda byte: truth(byte & 8)),
+    "UUID": of_bytes(16, inventory.uuid_text),
+    "ROM size": of_number(1, inventory.rom_size),
+    "extended ROM size": of_number(2, inventory.extended_rom_size),
+    "memory size": of_number(2, inventory.memory_size),
+    "extended memory size": of_number(4, inventory.extended_memory_size),
+    "chassis type": of_number(1, lambda code: inventory.CHASSIS_TYPES.get(code % 0x80)),
+    "form factor": named(inventory.FORM_FACTORS),
+    "memory type": named(inventory.MEMORY_TYPES),
+    "JEP106 text": of_text(lambda text: inventory.maker_of_text(witness.memory_maker, text)),
+    "JEP106 module maker": of_bytes(
+        2, lambda data: inventory.module_maker(witness.memory_maker, data)),
+}
 
-NEVER_NOTHING = ("decimal", "date", "shift 16")
+NEVER_NOTHING = ("decimal", "date", "shift 16", *OF_STRUCTURES)
 
 
 def before(end):
@@ -71,4 +120,4 @@ def rule(name):
         return before(match[1])
     if match := re.fullmatch("between (.+) and (.+)", name, re.S):
         return between(match[1], match[2])
-    return PLAIN[name]
+    return PLAIN.get(name) or OF_STRUCTURES[name]

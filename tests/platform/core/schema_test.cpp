@@ -60,6 +60,16 @@ TEST(Schema, HasTheClassesWithTheTypesThatTheCollectorsSet) {
       "KRXSG_TapeDrive DeviceID:string Description:string",
       "KRXSG_QLA_ComputerSystem SourceNode:uint8 Description:string",
       "KRXSG_IPMIFRU Name:string Description:string",
+      "KRXSG_SystemFirmware InstanceID:string Vendor:string Version:string ReleaseDate:datetime"
+      " SystemFirmwareRevision:string EmbeddedControllerRevision:string ROMSize:uint64"
+      " UEFI:boolean",
+      "KRXSG_ComputerSystem Name:string Manufacturer:string ProductName:string Version:string"
+      " SerialNumber:string UUID:string SKUNumber:string Family:string ChassisType:string"
+      " ChassisSerialNumber:string ChassisAssetTag:string BoardManufacturer:string"
+      " BoardProduct:string BoardSerialNumber:string",
+      "KRXSG_PhysicalMemory DeviceLocator:string BankLocator:string Populated:boolean"
+      " Capacity:uint64 FormFactor:string MemoryType:string Speed:uint64 Manufacturer:string"
+      " PartNumber:string SerialNumber:string AssetTag:string",
   };
   std::vector<std::string> found;
   for (const ClassSchema& cimClass : schema()) {
@@ -103,6 +113,9 @@ TEST(Schema, SaysWhoServesAClassAndWhatTellsItsInstancesApart) {
       "KRXSG_TapeDrive : CIM_LogicalDevice by DeviceInventory, key DeviceID",
       "KRXSG_QLA_ComputerSystem : CIM_ComputerSystem, key SourceNode",
       "KRXSG_IPMIFRU by IPMIInventory, key Name",
+      "KRXSG_SystemFirmware by SMBIOSInventory, key InstanceID",
+      "KRXSG_ComputerSystem by SMBIOSInventory, key Name",
+      "KRXSG_PhysicalMemory by SMBIOSInventory, key DeviceLocator BankLocator",
   };
   std::vector<std::string> found;
   for (const ClassSchema& cimClass : schema()) found.push_back(identified(cimClass));
@@ -126,13 +139,16 @@ TEST(Schema, NamesTheValuesOfNumbers) {
             std::vector(system->values.begin(), system->values.end()));
 }
 
+// Those whose origins are proven.
+constexpr std::array<std::string_view, 2> kProvenProviders = {"SPFirmwareVPD", "SMBIOSInventory"};
+
 // What the firmware collector never fills comes from nowhere.
 constexpr std::array<std::string_view, 3> kNeverFilled = {"KRXSG_PostBIOSVPD", "KRXSG_DeviceDriver",
                                                           "KRXSG_SystemBIOS"};
 
-TEST(Schema, SaysWhereEachValueOfTheFirmwareCollectorComesFrom) {
+TEST(Schema, SaysWhereEachValueOfACollectorComesFrom) {
   for (const ClassSchema& cimClass : schema()) {
-    if (cimClass.provider != "SPFirmwareVPD") continue;
+    if (std::ranges::find(kProvenProviders, cimClass.provider) == kProvenProviders.end()) continue;
     const bool isFilled = std::ranges::find(kNeverFilled, cimClass.name) == kNeverFilled.end();
     for (const PropertySchema& property : cimClass.properties) {
       EXPECT_EQ(isFilled, !property.mappingStrings.empty()) << cimClass.name << property.name;
@@ -147,6 +163,10 @@ TEST(Schema, OriginsAreInTheirNotation) {
   const std::string rule =
       "(text|decimal|date|hex digits|JEP106 maker|version part|numeric version part|build part|"
       "letters and digits|shift 16|level|before [^|]+|between [^|]+ and [^|]+)( or blank)?";
+  const std::string ofStructures =
+      "(text|trimmed|month/day/year|major[.]minor|number|not zero|bit 3|UUID|ROM size|"
+      "extended ROM size|memory size|extended memory size|chassis type|form factor|memory type|"
+      "JEP106 text|JEP106 module maker)";
   const std::string as = R"((\|as [^|]+)?)";
   const std::string clause = R"(\w+ (is set|is unset|(is|is not|has|lacks) [^|]+?))";
   const std::string when = R"((\|when )" + clause + "( and " + clause + ")*)?";
@@ -160,6 +180,9 @@ TEST(Schema, OriginsAreInTheirNotation) {
                  as + when),
       std::regex("SMBIOS[.]DMTF[|]type \\d+[|]offset \\d+[|](string|uint8|uint16)[|]" + rule + as +
                  when),
+      std::regex("SMBIOS[.]DMTF[|]type \\d+[|]offset \\d+[|](whole string|uint8|uint16|uint32|"
+                 "16 bytes)[|]" +
+                 ofStructures + as + when),
       std::regex("SMBIOS[.]DMTF[|]type \\d+[|]string with [^|]+[|]" + rule + as + when),
       std::regex("Instance[.]VEL[|]\\w+[.]\\w+[|]" + rule + as + when),
       std::regex("Sysfs[.]Linux[|]\\w+[|]as [^|]+" + when),
