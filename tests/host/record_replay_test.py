@@ -24,6 +24,10 @@ SERIALS = {
     "two-nodes": ["KQ0K401", "KQ0K402", "N200-000401", "PS4001", "PL4002"],
 }
 
+# What of an inventory identifies a machine or a part of it.
+IDENTITIES = ("SerialNumber", "AssetTag", "UUID", "ChassisSerialNumber", "ChassisAssetTag",
+              "BoardSerialNumber")
+
 
 def machine_files():
     files = (f for f in sorted(MACHINES.glob("*.json")) if f.name != "machine.schema.json")
@@ -100,6 +104,27 @@ class Recordings(unittest.TestCase):
                     self.assertNotIn(serial, json.dumps(after))
                     self.assertNotIn(serial.encode().hex(" ").upper().encode(), text)
                 self.assertEqual(self.without_serials(before), self.without_serials(after))
+
+    def test_a_redacted_inventory_identifies_nothing(self):
+        dump = {"dump": str(MACHINES.resolve() / "ordinary-server.dmi")}
+        machine = self.keep("ordinary.json", json.dumps({
+            "format": "vel-machine/1", "name": "ordinary", "smbios": dump,
+            "collectors": ["SMBIOSInventory"]}).encode())
+        _, text = self.record(machine, "--redact")
+        _, before = result(machine)
+        _, after = result(self.keep("once.json", text))
+        pairs = [(name, old["value"], new["properties"][name]["value"])
+                 for before_query, after_query in zip(before["queries"], after["queries"])
+                 for one, new in zip(before_query["instances"], after_query["instances"])
+                 for name, old in one["properties"].items()]
+        identities = [old for name, old, _ in pairs if name in IDENTITIES]
+        # Serial numbers and tags of twelve modules, five properties of the machine.
+        self.assertEqual(12 * 2 + 5, len(identities))
+        for identity in identities:
+            self.assertNotIn(identity, json.dumps(after))
+            self.assertNotIn(identity.encode().hex(" ").upper().encode(), text)
+        kept = [(name, old) for name, old, _ in pairs if name not in IDENTITIES]
+        self.assertEqual(kept, [(name, new) for name, _, new in pairs if name not in IDENTITIES])
 
     def without_serials(self, document):
         pseudonymous = ("SerialNumber", "UniqueID", "DevicePrefix")
