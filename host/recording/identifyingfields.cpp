@@ -88,6 +88,11 @@ constexpr InstanceText kInstanceTexts[] = {
     {"SerialNumber", wholeText},
     {"UniqueID", wholeText},
     {"DevicePrefix", wholeText},  // component VPD: the serial number's bytes
+    {"AssetTag", wholeText},
+    {"UUID", wholeText},
+    {"ChassisSerialNumber", wholeText},
+    {"ChassisAssetTag", wholeText},
+    {"BoardSerialNumber", wholeText},
     {"DeviceID", serialOfDeviceId},
 };
 
