@@ -9,6 +9,8 @@
 #include <string_view>
 #include <utility>
 
+#include "host/text/nearestname.h"
+
 namespace velhost {
 namespace {
 
@@ -169,6 +171,57 @@ CLI::App* addCheck(CLI::App& app, std::vector<std::string>& files) {
   return command;
 }
 
+CLI::App* addHelp(CLI::App& app, std::string& topic) {
+  CLI::App* const command = app.add_subcommand("help", "Show the help of a command");
+  command->add_option("COMMAND", topic, "The command; none: all of them in short")->type_name("");
+  return command;
+}
+
+std::vector<std::string> namesOfOptions(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::Option* option : app.get_options()) {
+    for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+  }
+  return names;
+}
+
+std::vector<std::string> namesOfCommands(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::App* command : app.get_subcommands({})) names.push_back(command->get_name());
+  return names;
+}
+
+constexpr char kSeeHelp[] = "; see velhost --help";
+
+// `what` is wrong with a word; one of the names may have been meant.
+[[noreturn]] void refuse(const std::string& what, const std::string& word,
+                         const std::vector<std::string>& names) {
+  const std::string meant =
+      suggestion(word, std::vector<std::string_view>(names.begin(), names.end()));
+  throw InputError(what + (meant.empty() ? kSeeHelp : meant));
+}
+
+std::string helpText(CLI::App& app, const std::string& topic) {
+  const auto commands = app.get_subcommands({});
+  const auto found = std::ranges::find(commands, topic, &CLI::App::get_name);
+  if (found != commands.end()) return (*found)->help("velhost");
+  if (!topic.empty()) refuse("there is no command " + topic, topic, namesOfCommands(app));
+  return app.get_formatter()->make_help(&app, "velhost", CLI::AppFormatMode::All);
+}
+
+// The first word that nothing takes: before the command, or behind it.
+[[noreturn]] void refuseExtras(const CLI::App& app) {
+  const bool isBefore = !app.remaining().empty();
+  const CLI::App& where = isBefore ? app : *app.get_subcommands().front();
+  std::string word = where.remaining().front();
+  if (word.starts_with('-')) {
+    word.resize(std::min(word.size(), word.find('=')));
+    refuse(word + " is no option here", word, namesOfOptions(where));
+  }
+  if (isBefore) refuse(word + " is no command", word, namesOfCommands(app));
+  refuse(word + " is not expected here", word, {});
+}
+
 // What is printed in place of a command: help or the version. Throws InputError for bad usage.
 std::optional<PrintCommand> parse(CLI::App& app, int argc, const char* const* argv) {
   try {
@@ -178,8 +231,10 @@ std::optional<PrintCommand> parse(CLI::App& app, int argc, const char* const* ar
     return PrintCommand{app.help("", CLI::AppFormatMode::All)};
   } catch (const CLI::CallForVersion&) {
     return PrintCommand{std::string(kVersion) + "\n"};
+  } catch (const CLI::ExtrasError&) {
+    refuseExtras(app);
   } catch (const CLI::ParseError& error) {
-    throw InputError(std::string(error.what()) + "; see velhost --help");
+    throw InputError(error.what() + std::string(kSeeHelp));
   }
 }
 
@@ -199,11 +254,14 @@ Command parseCommandLine(int argc, const char* const* argv) {
   const CLI::App* const isRecord = addRecord(app, record);
   const CLI::App* const isCheck = addCheck(app, files);
   const CLI::App* const isCollectors = addCollectors(app);
+  std::string topic;
+  const CLI::App* const isHelp = addHelp(app, topic);
   if (const auto text = parse(app, argc, argv)) return *text;
   if (isQuery->parsed()) return query;
   if (isClasses->parsed()) return classes;
   if (isRecord->parsed()) return record;
   if (isCollectors->parsed()) return CollectorsCommand{};
+  if (isHelp->parsed()) return PrintCommand{helpText(app, topic)};
   if (isCheck->parsed()) return CheckCommand{{files.begin(), files.end()}};
   throw InputError(
       "a command is missing: query, classes, collectors, record or check; see velhost --help");

@@ -2,9 +2,11 @@
 #include "host/commandline/commands.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
+#include <system_error>
 
 #include "host/collectors/collectorfiles.h"
 #include "host/collectors/queryrun.h"
@@ -21,6 +23,7 @@
 #include "host/machine/machinefile.h"
 #include "host/machine/machinewriter.h"
 #include "host/machine/refusedsource.h"
+#include "host/machine/schemanames.h"
 #include "host/recording/record.h"
 #include "host/text/utf8.h"
 
@@ -33,10 +36,19 @@ using NKRXVEL20::host::PublishedInstance;
 
 constexpr std::size_t kLongestComplaint = 400;  // room for a path, a place and what is wrong there
 
+// Who names a file forgot the option before it; who names no class by a hair gets the hint.
+std::string whatWasMeant(const std::string& name) {
+  std::error_code ignored;
+  if (std::filesystem::exists(name, ignored)) {
+    return "; a machine is asked with --machine " + name;
+  }
+  const std::string meant = classSuggestion(name);
+  return meant.empty() ? "; velhost classes lists them" : meant;
+}
+
 const ClassSchema* schemaClass(const std::string& name) {
   const ClassSchema* const found = NKRXVEL20::host::findClass(name);
-  if (found == nullptr)
-    throw InputError("\"" + name + "\" is no class; velhost classes lists them");
+  if (found == nullptr) throw InputError("\"" + name + "\" is no class" + whatWasMeant(name));
   return found;
 }
 

@@ -3,6 +3,8 @@
 // A JSON document that people wrote: read with the place of whatever is wrong in it.
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <concepts>
 #include <cstddef>
@@ -16,6 +18,7 @@
 #include <utility>
 
 #include "host/machine/machinebudget.h"
+#include "host/text/nearestname.h"
 
 namespace velhost {
 
@@ -99,7 +102,9 @@ void readMembers(const Cursor& object, const Member<T> (&members)[N], T& into) {
     for (const Member<T>& member : members) {
       if (member.key == key) return member.read(value, into);
     }
-    value.fail("unknown key");
+    std::array<std::string_view, N> keys;
+    std::ranges::transform(members, keys.begin(), &Member<T>::key);
+    value.fail("unknown key" + suggestion(key, keys));
   });
   for (const Member<T>& member : members) {
     if (member.required && !object.has(member.key)) object.failAt(member.key, "is missing");

@@ -8,6 +8,7 @@
 #include "host/machine/jsondocument.h"
 #include "host/machine/machinebudget.h"
 #include "host/machine/machinenames.h"
+#include "host/machine/schemanames.h"
 #include "host/machine/smbiossection.h"
 #include "host/machine/spsection.h"
 #include "host/text/hextext.h"
@@ -32,7 +33,7 @@ struct DocumentReading {
 
 const ClassSchema& classNamed(const Cursor& at, const std::string& name) {
   const ClassSchema* const found = NKRXVEL20::host::findClass(name);
-  if (found == nullptr) at.fail("the schema has no class of this name");
+  if (found == nullptr) at.fail("the schema has no class of this name" + classSuggestion(name));
   return *found;
 }
 
@@ -71,7 +72,8 @@ PropertyList readProperties(const Cursor& at, const ClassSchema& cimClass) {
   at.eachMember([&](const std::string& name, const Cursor& value) {
     const auto* const property = NKRXVEL20::host::findProperty(cimClass, name);
     if (property == nullptr) {
-      value.fail(std::string(cimClass.name) + " has no property of this name");
+      value.fail(std::string(cimClass.name) + " has no property of this name" +
+                 propertySuggestion(name, cimClass));
     }
     properties.emplace_back(name, readValue(value, property->type));
   });

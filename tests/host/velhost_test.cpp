@@ -581,6 +581,18 @@ TEST_F(Velhost, TheMachineMayBeADumpOrStandardInput) {
   EXPECT_EQ("standard input: ok\n" + dump + ": ok\n", checked.out);
 }
 
+TEST_F(Velhost, AClassThatIsNotThereIsNamedWithWhatWasMeant) {
+  const std::string file = bareMachine();
+  const std::pair<std::string, std::string> cases[] = {
+      {"elephants", "; velhost classes lists them"},
+      {"krxsg_vpd", "; did you mean KRXSG_Vpd?"},
+      {file, "; a machine is asked with --machine " + file},
+  };
+  for (const auto& [name, hint] : cases) {
+    EXPECT_EQ("velhost: \"" + name + "\" is no class" + hint + "\n", run({"query", name}).err);
+  }
+}
+
 TEST_F(Velhost, AListedCollectorsClassesAreShown) {
   const ProgramOutcome outcome = run(
       {"query", "--format", "json", "--machine",

@@ -142,5 +142,43 @@ TEST(CommandLine, BadUsageIsOneLine) {
   }
 }
 
+std::string complaintAbout(const std::vector<const char*>& arguments) {
+  try {
+    parse(arguments);
+  } catch (const InputError& error) {
+    return error.what();
+  }
+  return "accepted";
+}
+
+TEST(CommandLine, AWordThatIsNotTakenIsNamedWithWhatWasMeant) {
+  const struct {
+    std::vector<const char*> arguments;
+    const char* complaint;
+  } cases[] = {
+      {{"fly"}, "fly is no command; see velhost --help"},
+      {{"querry"}, "querry is no command; did you mean query?"},
+      {{"--machine", "m", "query"}, "--machine is no option here; see velhost --help"},
+      {{"--versoin"}, "--versoin is no option here; did you mean --version?"},
+      {{"query", "--fly"}, "--fly is no option here; see velhost --help"},
+      {{"query", "A", "--formt", "json"}, "--formt is no option here; did you mean --format?"},
+      {{"query", "--MACHINE=m"}, "--MACHINE is no option here; did you mean --machine?"},
+      {{"collectors", "query"}, "query is not expected here; see velhost --help"},
+      {{"help", "fly"}, "there is no command fly; see velhost --help"},
+      {{"help", "clases"}, "there is no command clases; did you mean classes?"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(c.complaint, complaintAbout(c.arguments));
+}
+
+TEST(CommandLine, HelpIsACommandToo) {
+  const auto text = [](const std::vector<const char*>& arguments) {
+    return std::get<PrintCommand>(parse(arguments)).text;
+  };
+  EXPECT_EQ(text({"--help"}), text({"help"}));
+  for (const char* const command : {"query", "classes", "collectors", "record", "check", "help"}) {
+    EXPECT_EQ(text({command, "--help"}), text({"help", command})) << command;
+  }
+}
+
 }  // namespace
 }  // namespace velhost

@@ -56,7 +56,7 @@ TEST(MachineFileRefused, TextThatIsNoJson) {
 
 TEST(MachineFileRefused, TopLevelMembers) {
   const RefusedCase cases[] = {
-      {R"("smbus": {})", "/smbus: unknown key"},
+      {R"("smbus": {})", "/smbus: unknown key; did you mean smbios?"},
       {R"("a/b~": {})", "/a~1b~0: unknown key"},
       {R"("": {})", "/: unknown key"},
       {R"("description": null)", "/description: must be a text"},
@@ -70,7 +70,7 @@ TEST(MachineFileRefused, TopLevelMembers) {
       {R"("missing_classes": ["KRXSG_None"])",
        "/missing_classes/0: the schema has no class of this name"},
       {R"("missing_classes": ["krxsg_vpd"])",
-       "/missing_classes/0: the schema has no class of this name"},
+       "/missing_classes/0: the schema has no class of this name; did you mean KRXSG_Vpd?"},
   };
   expectRefused(cases, kHead, "}");
 }
@@ -116,7 +116,8 @@ TEST(MachineFileRefused, Structures) {
        "/smbios/structures/1/strings/1: an empty string would end the string set"},
       {R"({ "type": 1, "strings": ["a\u0000b"] })",
        "/smbios/structures/1/strings/0: a zero byte would end the string"},
-      {R"({ "type": 1, "string": ["a"] })", "/smbios/structures/1/string: unknown key"},
+      {R"({ "type": 1, "string": ["a"] })",
+       "/smbios/structures/1/string: unknown key; did you mean strings?"},
       {R"({ "raw": "00", "type": 1 })",
        "/smbios/structures/1/type: cannot stand beside \"raw\", which is the whole structure"},
       {R"({ "raw": "00", "strings": [] })",
@@ -151,7 +152,7 @@ TEST(MachineFileRefused, Sp) {
       {R"("components": { "04 03 05 0B": 5, "04 03 05 0C": 1024 }, "count": 255)",
        "/sp/components: its counts, for each of the 255 SPs, come to more than 262144"},
       {R"("latency_us": 60000001)", "/sp/latency_us: must be from 0 to 60000000"},
-      {R"("nodes": 1)", "/sp/nodes: unknown key"},
+      {R"("nodes": 1)", "/sp/nodes: unknown key; did you mean bmc_nodes?"},
   };
   expectRefused(cases, std::string(kHead) + R"("sp": { )", "} }");
 }
@@ -209,6 +210,9 @@ TEST(MachineFileRefused, Instances) {
       {R"("KRXSG_USBDevice": [ "x" ])", "/instances/KRXSG_USBDevice/0: must be an object"},
       {R"("KRXSG_USBDevice": [ {}, { "Colour": "red" } ])",
        "/instances/KRXSG_USBDevice/1/Colour: KRXSG_USBDevice has no property of this name"},
+      {R"("KRXSG_USBDevice": [ { "DeviceId": "U" } ])",
+       "/instances/KRXSG_USBDevice/0/DeviceId: KRXSG_USBDevice has no property of this name; "
+       "did you mean DeviceID?"},
       {R"("KRXSG_USBDevice": [ { "Description": null } ])",
        "/instances/KRXSG_USBDevice/0/Description: must be a text"},
       {R"("KRXSG_USBDevice": [ { "Description": 5 } ])",
