@@ -31,7 +31,7 @@ constexpr std::size_t kByteOffset = 2;  // the language, or the chassis type
 
 constexpr std::string_view kChassisTypes[] = {
     "Other",
-    "Unknown",
+    "",
     "Desktop",
     "Low Profile Desktop",
     "Pizza Box",
@@ -136,7 +136,7 @@ FruAreaContent decodeArea(const FruAreaLayout& layout, ByteSpan area) {
   return content;
 }
 
-// 1 to 36; the highest bit says whether the chassis has a lock.
+// 1 to 36; the highest bit says whether the chassis has a lock. 2 says that the type is unknown.
 std::string_view chassisTypeName(std::uint8_t type) {
   const std::size_t number = type & 0x7FU;
   return number < 1 || number > std::size(kChassisTypes) ? "" : kChassisTypes[number - 1];

@@ -82,8 +82,8 @@ MachineFile describe(const Machine& machine) {
 
 // The sources whose bytes the file holds, or that need none.
 constexpr std::string_view kRecordedSources[] = {
-    "DotCommand.VEL|", "TamberCommand.VEL|", "IPMI.VEL|",    "SMBIOS.DMTF|",
-    "Instance.VEL|",   "Constant.VEL|",      "Derived.VEL|",
+    "DotCommand.VEL|", "TamberCommand.VEL|", "IPMI.VEL|",     "IPMI.SDR|",    "IPMI.FRU|",
+    "SMBIOS.DMTF|",    "Instance.VEL|",      "Constant.VEL|", "Derived.VEL|",
 };
 
 bool isRecorded(std::string_view origin) {

@@ -516,6 +516,10 @@ TEST_F(Velhost, CollectorsAreListedWithTheirClasses) {
                                                 "KRXSG_TapeDrive\n"))
       << outcome.out;
   EXPECT_NE(std::string::npos,
+            outcome.out.find("libipmiinventory.pi.so\n  KRXSG_ManagementController\n  "
+                             "KRXSG_IPMIFRU\nSMBIOSInventory 1.0 (interface 1.0), loaded from "))
+      << outcome.out;
+  EXPECT_NE(std::string::npos,
             outcome.out.find("libsmbiosinventory.pi.so\n  KRXSG_SystemFirmware\n  "
                              "KRXSG_ComputerSystem\n  KRXSG_PhysicalMemory\n"
                              "SPFirmwareVPD 1.0 (interface 1.0), loaded from "))

@@ -36,6 +36,7 @@ import re
 import struct
 import sys
 
+import ipmi_inventory
 import smbios_inventory
 
 HAND_WRITTEN = {"no-sp-two-oem-structures", "uefi-two-node", "one-sp-everything", "qemu-q35",
@@ -94,7 +95,7 @@ TYPES = {  # every other property is a string
     "SourceNode": "uint8", "SoftwareElementState": "uint16", "TargetOperatingSystem": "uint16",
     "PrimaryBIOS": "boolean", "LoadedStartingAddress": "uint64", "LoadedEndingAddress": "uint64",
     "ReleaseDate": "datetime", "BuildDate": "datetime", "ROMSize": "uint64", "UEFI": "boolean",
-    "Populated": "boolean", "Capacity": "uint64", "Speed": "uint64"}
+    "Populated": "boolean", "Capacity": "uint64", "Speed": "uint64", **ipmi_inventory.TYPES}
 
 FIRMWARE = ("Name SourceNode SoftwareElementID SoftwareElementState TargetOperatingSystem Version "
             "BuildNumber BuildDate Checksum FileName PartNumber")
@@ -1267,7 +1268,17 @@ def smbios_inventory_of(plug_in):
         yield instance
 
 
+def ipmi_inventory_of(plug_in):
+    """The IPMI collector's instances."""
+    for class_name, values in ipmi_inventory.Collector(plug_in.sp.send_ipmi, plug_in.log).collect():
+        instance = Instance(plug_in.namespace, class_name)
+        instance.values = {name: latin(value) if isinstance(value, str) else value
+                           for name, value in values.items()}
+        yield instance
+
+
 COMPANIONS = {  # its classes, and what it publishes
+    "IPMIInventory": (ipmi_inventory.CLASSES, ipmi_inventory_of),
     "SMBIOSInventory": (["KRXSG_SystemFirmware", "KRXSG_ComputerSystem", "KRXSG_PhysicalMemory"],
                         smbios_inventory_of)}
 

@@ -13,6 +13,7 @@ sys.dont_write_bytecode = True
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
 import derive_expected as witness  # noqa: E402
 import make_eight_nodes  # noqa: E402
+import make_ordinary_bmc  # noqa: E402
 
 MACHINES = pathlib.Path(__file__).resolve().parents[2] / "machines"
 
@@ -63,6 +64,14 @@ class ExpectedDocuments(unittest.TestCase):
         self.assertEqual(text, printed.getvalue())
 
 
+    def test_the_ordinary_servers_are_what_their_script_writes(self):
+        for name, machine in make_ordinary_bmc.MACHINES.items():
+            with self.subTest(name):
+                text = (MACHINES / f"{name}.json").read_text(encoding="utf-8")
+                self.assertEqual(text,
+                                 make_ordinary_bmc.layout(make_ordinary_bmc.machine_file(*machine)))
+
+
 class CountsKnownBeforehand(unittest.TestCase):
     """A few sums that a person can do without reading a document."""
 
@@ -88,6 +97,88 @@ class CountsKnownBeforehand(unittest.TestCase):
         self.assertEqual(([], [], []),
                          (second["core_log"], second["failure_log"], second["traffic"]))
         self.assertTrue(second["instances"])
+
+
+class OrdinaryBmc(unittest.TestCase):
+    """What stands in its bytes, written down a second time without them."""
+
+    maxDiff = None
+
+    def instances(self, name, class_name):
+        query, = witness.derive(MACHINES / f"{name}.json")["queries"]
+        return [{key: entry["value"] for key, entry in instance["properties"].items()}
+                for instance in query["instances"] if instance["class"] == class_name]
+
+    def frus(self, name):
+        return {fru["FRUDeviceID"]: fru for fru in self.instances(name, "KRXSG_IPMIFRU")}
+
+    def commands(self, name):
+        query, = witness.derive(MACHINES / f"{name}.json")["queries"]
+        return len(query["traffic"])
+
+    BOARD = {
+        "FRUDeviceID": 0, "Name": "BMC", "Description": "System board", "EntityID": 7,
+        "EntityInstance": 1, "ChassisType": "Rack Mount Chassis", "ChassisPartNumber": "KC-2U-0007",
+        "ChassisSerialNumber": "CH-0K7001", "BoardManufacturer": "KRX Boards",
+        "BoardProductName": "Ordinary 2S Board", "BoardSerialNumber": "BD-0K7001",
+        "BoardPartNumber": "KB-2S-0007", "BoardManufactureDate": "20240101140500.000000+000",
+        "ProductManufacturer": "KRX", "ProductName": "Ordinary Server 2U",
+        "ProductPartNumber": "6120AC1", "ProductVersion": "02", "ProductSerialNumber": "KQ0K701",
+        "ProductAssetTag": "RACK7-U12"}
+    SUPPLY = {
+        "FRUDeviceID": 1, "Name": "PSU 1", "Description": "Power supply", "EntityID": 10,
+        "EntityInstance": 1, "ProductManufacturer": "KRX Power", "ProductName": "PSU-1200W-01",
+        "ProductPartNumber": "KP-1200", "ProductVersion": "010A",
+        "ProductSerialNumber": "720001-1 9"}
+    BACKPLANE = {
+        "FRUDeviceID": 3, "Name": "Backplane 1", "Description": "Drive backplane", "EntityID": 15,
+        "EntityInstance": 1, "BoardManufacturer": "KRX", "BoardProductName": "R\u00FCckwand",
+        "BoardPartNumber": "KD-0007"}
+    LOCATED = ("FRUDeviceID", "Name", "Description", "EntityID", "EntityInstance")
+
+    def located(self, fru, notes):
+        return {name: fru[name] for name in self.LOCATED} | {"Notes": notes}
+
+    def all_frus(self):
+        second = self.SUPPLY | {"FRUDeviceID": 2, "Name": "PSU 2", "EntityInstance": 2,
+                                "ProductSerialNumber": "720002-1 9"}
+        return {0: self.BOARD, 1: self.SUPPLY, 2: second, 3: self.BACKPLANE}
+
+    def test_all_devices(self):
+        self.assertEqual(self.all_frus(), self.frus("ordinary-server"))
+        self.assertEqual(self.all_frus(), self.frus("ordinary-server-small-reads"))
+
+    def test_the_controller(self):
+        self.assertEqual(
+            [{"Name": "BMC", "DeviceID": 32, "DeviceRevision": 1, "FirmwareVersion": "2.13",
+              "AuxiliaryFirmwareRevision": "010A00FF", "IPMIVersion": "2.0", "ManufacturerID": 343,
+              "ProductID": 0x1234, "GUID": "6c0a7d31-9b4e-4f52-8a10-5c0000a1b2c3"}],
+            self.instances("ordinary-server", "KRXSG_ManagementController"))
+
+    def test_a_loop_ends_the_walk(self):
+        self.assertEqual({n: self.all_frus()[n] for n in (0, 1)}, self.frus("ordinary-server-sdr-loop"))
+
+    def test_wrong_areas_cost_no_others(self):
+        board = {name: value for name, value in self.BOARD.items() if not name.startswith("Board")}
+        board |= {"Name": "Chassis BMC", "Description": "System chassis", "EntityID": 23,
+                  "EntityInstance": 97, "Notes": "board area: wrong checksum"}
+        dimm = {"FRUDeviceID": 20, "Name": "DIMM A1", "Description": "Memory device", "EntityID": 32,
+                "EntityInstance": 97,
+                "Notes": "FRU device: holds a memory module's SPD data, not read"}
+        expected = self.all_frus() | {
+            0: board, 20: dimm,
+            1: self.located(self.SUPPLY, "product area: its length reaches past the device's end"),
+            3: self.located(self.BACKPLANE, "board area: version 2 is not known")}
+        self.assertEqual(expected, self.frus("ordinary-server-corrupt-fru"))
+
+    def test_a_silent_bmc_is_asked_once(self):
+        self.assertEqual(({}, 1), (self.frus("ordinary-server-silent-bmc"),
+                                   self.commands("ordinary-server-silent-bmc")))
+
+    def test_no_more_is_asked_than_needed(self):
+        # Device ID, GUID, seven records; board: size, header, chassis, board, product in two;
+        # supplies: size, header, product; backplane: size, header, board in two
+        self.assertEqual(1 + 1 + 7 + 6 + 3 + 3 + 4, self.commands("ordinary-server"))
 
 
 if __name__ == "__main__":

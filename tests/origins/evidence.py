@@ -6,6 +6,7 @@ import json
 import subprocess
 
 import derive_expected as witness
+import ipmi_inventory
 
 NO_MORE_STRUCTURES = 5
 
@@ -20,6 +21,34 @@ class Reply:
     length: int     # as reported
 
 
+class Fru:
+    """A FRU device as the BMC gives it: the record that locates it, good areas, what was wrong."""
+
+    def __init__(self, values, record, areas):
+        self.record, self.areas, self.wrong = record, areas, values.get("Notes", "")
+
+    def field(self, area, number):
+        """None for an area or a field that is not there."""
+        data = self.areas.get(area)
+        if data is None:
+            return None
+        first, english = ipmi_inventory.AREAS[area][1], ipmi_inventory.is_english(area, data)
+        fields, _ = ipmi_inventory.fields_of(data, first, english)
+        return fields[number - 1] if 0 < number <= len(fields) else None
+
+
+def frus_of(described):
+    """What the second witness finds; it puts the same questions."""
+    if ipmi_inventory.NAME not in described.get("collectors", []):
+        return []
+    collector = ipmi_inventory.Collector(witness.SpLibrary(described).send_ipmi)
+    found, records = collector.frus(), collector.locators()
+    return [Fru(values, records.get(values["FRUDeviceID"]),
+                {name: data for (number, name), data in collector.good_areas.items()
+                 if number == values["FRUDeviceID"]})
+            for values in found]
+
+
 class Machine:
     def __init__(self, path, document):
         self.name = path.stem
@@ -30,6 +59,7 @@ class Machine:
         self.sp_count, self.nodes = sp.count, max(sp.count, sp.flag("bmc_nodes", 0), 1)
         self.replies = [reply for entry in query["traffic"] if (reply := replay(sp, entry))]
         self.smbios = witness.Smbios(described)
+        self.frus = frus_of(described)
         self.companions = described.get("instances", {})
 
     def structures(self, structure_type):

@@ -15,6 +15,7 @@ class Property:
     type: str
     mapping_strings: tuple
     max_len: int  # 0: no bound
+    words: dict   # value to its name
 
 
 @dataclasses.dataclass(frozen=True)
@@ -96,10 +97,11 @@ def read_property(reader, inherited):
     qualifiers = reader.qualifiers()
     value_type, name = reader.take(), reader.take()
     reader.take(";")
-    before = inherited.get(name, Property(name, value_type, (), 0))
+    before = inherited.get(name, Property(name, value_type, (), 0, {}))
+    words = dict(zip(qualifiers.get("ValueMap", ()), qualifiers.get("Values", ())))
     return Property(name, value_type,
                     tuple(qualifiers.get("MappingStrings", before.mapping_strings)),
-                    int(qualifiers.get("MaxLen", before.max_len)))
+                    int(qualifiers.get("MaxLen", before.max_len)), words or before.words)
 
 
 def read_class(reader, classes):

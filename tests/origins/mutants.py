@@ -28,7 +28,7 @@ def data(line):
 
 
 def byte_ranges(line):
-    if not line.command:
+    if not (line.command or line.record or line.area and not line.field):
         return
     first, last = line.first, line.last
     pairs = [(first + step, None if last is None else last) for step in (-1, 1)]
@@ -62,7 +62,21 @@ def smbios(line):
 def rules_beside(line):
     """Those that a line's author may have meant."""
     of_structures = line.kind == "whole string" or line.rule in rules.OF_STRUCTURES
-    return [*rules.PLAIN, *(rules.OF_STRUCTURES if of_structures else ())]
+    of_bmc = line.record or line.area or line.rule in rules.OF_BMC
+    return [*rules.PLAIN, *(rules.OF_STRUCTURES if of_structures else ()),
+            *(rules.OF_BMC if of_bmc else ())]
+
+
+def of_a_bmc(line):
+    """SDR records and FRU areas."""
+    for step in (-1, 1):
+        if line.record:
+            yield f"type {line.record + step}", {"record": line.record + step}
+        if line.field:
+            yield f"field {line.field + step}", {"field": line.field + step}
+    for area in ("chassis area", "board area", "product area") if line.area else ():
+        if area != line.area:
+            yield area, {"area": area}
 
 
 def other_rules(line):
@@ -84,7 +98,7 @@ def texts(line):
 
 def mutants(line):
     """(what is changed, the changed line)"""
-    of_bytes = (commands, data, byte_ranges, smbios, other_rules) if line.has_bytes() else ()
-    for change in (*of_bytes, texts):
+    changes = (commands, data, byte_ranges, smbios, of_a_bmc, other_rules)
+    for change in (*(changes if line.has_bytes() else ()), texts):
         for name, fields in change(line):
             yield name, dataclasses.replace(line, **fields)

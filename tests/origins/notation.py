@@ -24,6 +24,10 @@ class Line:
     kind: str = ""           # "string", "whole string" or one of SIZES, at the offset
     contains: str = ""       # what a string of the structure has in it
     origin: tuple = ()       # class and property of another collector's instance
+    record: int = 0          # type of an SDR record
+    area: str = ""           # of a FRU device
+    field: int = 0           # in the area, from 1; 0: bytes of it
+    words: dict = dataclasses.field(default_factory=dict)  # property: {value: its name}
 
     def has_bytes(self):
         return self.source not in ("Constant.VEL", "Derived.VEL", "Sysfs.Linux")
@@ -74,10 +78,27 @@ def instance_fields(elements):
     return {"origin": tuple(elements[0].split(".")), "rule": elements[1]}
 
 
+def record_fields(elements):
+    kind, read, rule = elements
+    return {"record": number_behind("type", kind), "rule": rule, **byte_range(read)}
+
+
+def fru_fields(elements):
+    *area, read, rule = elements
+    fields = {"area": area[0] if area else "", "rule": rule}
+    if not area:
+        return fields
+    if read.startswith("field "):
+        return fields | {"field": number_behind("field", read)}
+    return fields | byte_range(read)
+
+
 FIELDS = {
     "DotCommand.VEL": command_fields,
     "TamberCommand.VEL": command_fields,
     "IPMI.VEL": command_fields,
+    "IPMI.SDR": record_fields,
+    "IPMI.FRU": fru_fields,
     "SMBIOS.DMTF": smbios_fields,
     "Instance.VEL": instance_fields,
     "Sysfs.Linux": lambda elements: {},

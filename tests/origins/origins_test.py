@@ -6,6 +6,7 @@
 """
 
 import collections
+import dataclasses
 import pathlib
 import subprocess
 import sys
@@ -22,7 +23,7 @@ import notation  # noqa: E402
 import proof  # noqa: E402
 import rules  # noqa: E402
 
-PROVIDERS = ("SPFirmwareVPD", "SMBIOSInventory")
+PROVIDERS = ("SPFirmwareVPD", "IPMIInventory", "SMBIOSInventory")
 SERVED_EMPTY = ("KRXSG_PostBIOSVPD", "KRXSG_DeviceDriver", "KRXSG_SystemBIOS")
 NEVER_SEEN = {  # classes whose lines no machine file can prove
     "KRXSG_USBTapeFirmwareElement": "the collection does not ask for the firmware of tape drives",
@@ -63,7 +64,9 @@ Case = collections.namedtuple("Case", "machine instance outcome")
 
 
 def lines_of(read):
-    return {name: [notation.parse(text) for text in declared.mapping_strings]
+    words = {name: declared.words for name, declared in read.properties.items()}
+    return {name: [dataclasses.replace(notation.parse(text), words=words)
+                   for text in declared.mapping_strings]
             for name, declared in read.properties.items()}
 
 
@@ -158,11 +161,20 @@ class Origins(unittest.TestCase):
                 self.assertFalse(self.stands(class_name, self.lines[class_name] | {name: []},
                                              self.cases))
 
+    def cases_that_may_notice(self, class_name, name, number):
+        """Those that the line explains; a complete class is proven by what it has not, too."""
+        cases = self.cases_of_line[class_name, name, number]
+        if cases and class_name in proof.COMPLETE:
+            return [case for case in self.cases if case.instance.class_name == class_name]
+        return cases
+
     def unnoticed(self):
         """(class, property, line, change) of wrong lines that prove everything all the same."""
         for class_name, name, number, line in self.all_lines():
-            cases = self.cases_of_line[class_name, name, number]
+            cases = self.cases_that_may_notice(class_name, name, number)
             for change, wrong in mutants.mutants(line) if cases else ():
+                if class_name in proof.COMPLETE and wrong.rule.endswith(" or blank"):
+                    continue  # nothing is not set there, and a blank is no value
                 if self.stands(class_name, with_line(self.lines[class_name], name, number, wrong),
                                cases):
                     yield class_name, name, line.text, change

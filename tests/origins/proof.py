@@ -2,8 +2,9 @@
 """Explains a published instance by the lines of its class and what the collector was given.
 
 One view has to explain all properties together: one reply, one SMBIOS structure of each type, one
-string of a structure and one instance of another collector at most. So a line cannot borrow the bytes
-of a reply that belongs to another component.
+string of a structure, one FRU device and one instance of another collector at most. So a line cannot
+borrow the bytes of a reply that belongs to another component. What a BMC says of itself, asked without
+data, are several replies of one component.
 """
 
 import dataclasses
@@ -24,10 +25,11 @@ LONGEST_STRING = 99
 @dataclasses.dataclass(frozen=True)
 class View:
     """What an instance is explained by; None for what has no part in it."""
-    reply: object
+    replies: tuple
     structures: dict         # bytes by SMBIOS type
     string: tuple | None     # SMBIOS type, bytes
     companion: tuple | None  # class, values
+    fru: object              # evidence.Fru
     placeholders: dict
 
 
@@ -50,10 +52,11 @@ def command_matches(line, reply):
 
 
 def bytes_of_reply(line, view):
-    if view.reply is None or not command_matches(line, view.reply):
+    reply = next((reply for reply in view.replies if command_matches(line, reply)), None)
+    if reply is None:
         return None
-    end = line.first + max(view.reply.length, 0) if line.last is None else line.last + 1
-    return view.reply.bytes[line.first:end]
+    end = line.first + max(reply.length, 0) if line.last is None else line.last + 1
+    return reply.bytes[line.first:end]
 
 
 def bytes_of_smbios(line, view):
@@ -78,8 +81,29 @@ def bytes_of_companion(line, view):
     return str(view.companion[1].get(line.origin[1], "")).encode()
 
 
+def bytes_of_record(line, view):
+    if not view.fru or not view.fru.record or view.fru.record[3] != line.record:
+        return None
+    return view.fru.record[line.first:None if line.last is None else line.last + 1]
+
+
+def bytes_of_fru(line, view):
+    if not view.fru:
+        return None
+    if not line.area:
+        return view.fru.wrong.encode()
+    if line.field:
+        return view.fru.field(line.area, line.field)
+    area = view.fru.areas.get(line.area)
+    return None if area is None else area[line.first:line.last + 1]
+
+
+# Classes that publish whatever their sources give: where a property is unset, its lines give nothing.
+COMPLETE = ("KRXSG_ManagementController", "KRXSG_IPMIFRU")
+
 BYTES = {"DotCommand.VEL": bytes_of_reply, "TamberCommand.VEL": bytes_of_reply,
-         "IPMI.VEL": bytes_of_reply, "SMBIOS.DMTF": bytes_of_smbios,
+         "IPMI.VEL": bytes_of_reply, "IPMI.SDR": bytes_of_record, "IPMI.FRU": bytes_of_fru,
+         "SMBIOS.DMTF": bytes_of_smbios,
          "Instance.VEL": bytes_of_companion,
          "Constant.VEL": lambda line, view: b"", "Derived.VEL": lambda line, view: b""}
 
@@ -93,11 +117,22 @@ def placeholders_of(template):
     return re.findall(r"\{(.*?)\}", template)
 
 
-def filled_in(template, value, instance, view):
+IN_WORDS = " in words"
+
+
+def word_of(line, name, instance):
+    """The name that the schema has for the value of a property."""
+    return line.words[name].get(instance.text(name), "")
+
+
+def filled_in(line, value, instance, view):
     """None where the view has nothing for a placeholder."""
-    text = template
-    for name in placeholders_of(template):
-        part = value if not name else view.placeholders.get(name, instance.text(name))
+    text = line.template
+    for name in placeholders_of(line.template):
+        if name.endswith(IN_WORDS):
+            part = word_of(line, name.removesuffix(IN_WORDS), instance)
+        else:
+            part = value if not name else view.placeholders.get(name, instance.text(name))
         if part is None:
             return None
         text = text.replace("{" + name + "}", part, 1)
@@ -112,12 +147,17 @@ def typed(text, sample):
     return text
 
 
-def explains(line, name, instance, view):
+def text_of(line, instance, view):
+    """What the line gives; None where the view has nothing for it."""
     data = BYTES[line.source](line, view)
     if data is None:
-        return False
+        return None
     value = rules.rule(line.rule)(data) if line.rule else ""
-    text = value if line.template == "{}" else filled_in(line.template, value, instance, view)
+    return value if line.template == "{}" else filled_in(line, value, instance, view)
+
+
+def explains(line, name, instance, view):
+    text = text_of(line, instance, view)
     return text is not None and typed(text, instance.values[name]) == instance.values[name]
 
 
@@ -126,9 +166,12 @@ def explains(line, name, instance, view):
 
 
 def replies_for(lines, machine):
+    """Tuples of those of one component."""
     named = [line for line in lines if line.command]
-    return [reply for reply in machine.replies
-            if any(command_matches(line, reply) for line in named)]
+    found = [reply for reply in machine.replies
+             if any(command_matches(line, reply) for line in named)]
+    of_bmc = tuple(reply for reply in found if reply.source == "IPMI.VEL" and not reply.data)
+    return [(reply,) for reply in found if reply not in of_bmc] + ([of_bmc] if of_bmc else [])
 
 
 def structures_for(lines, machine):
@@ -156,8 +199,13 @@ def companions_for(lines, machine):
     return [(name, values) for name in classes for values in machine.companions.get(name, [])]
 
 
-def numbers(machine, reply):
+def frus_for(lines, machine):
+    return machine.frus if any(line.record or line.source == "IPMI.FRU" for line in lines) else []
+
+
+def numbers(machine, replies):
     """The numbers of SP and node, and the one in the command."""
+    reply = replies[0] if replies else None
     if reply and reply.sp is not None:
         return [(reply.sp, reply.command[-1] if reply.command else None)]
     return [(sp, None) for sp in range(1, machine.nodes + 1)]
@@ -170,13 +218,12 @@ def placeholders(machine, sp, n, structure):
 
 
 def views(lines, machine):
-    replies = [*replies_for(lines, machine), None]
     structures = list(structures_for(lines, machine))
-    rest = [[*found(lines, machine), None] for found in (strings_for, companions_for)]
-    for reply in replies:
-        for sp, n in numbers(machine, reply):
+    rest = [[*found(lines, machine), None] for found in (strings_for, companions_for, frus_for)]
+    for replies in [*replies_for(lines, machine), ()]:
+        for sp, n in numbers(machine, replies):
             for (chosen, number), *others in itertools.product(structures, *rest):
-                yield View(reply, chosen, *others, placeholders(machine, sp, n, number))
+                yield View(replies, chosen, *others, placeholders(machine, sp, n, number))
 
 
 # ---------------------------------------------------------------------------------------------
@@ -191,20 +238,23 @@ class Outcome:
 
 
 def holding(lines, instance):
-    """(property, [(number, line)]) for each property that is set."""
+    """(property, [(number, line)]) for each property that is set; of some classes for all."""
+    names = lines if instance.class_name in COMPLETE else instance.values
     return [(name, [(number, line) for number, line in enumerate(lines.get(name, []))
                     if all(holds(condition, instance) for condition in line.conditions)])
-            for name in instance.values]
+            for name in names]
 
 
 def explained(view, wanted, instance):
     """The properties that a view explains, with the numbers of the lines that do."""
-    return {(name, number) for name, found in wanted for number, line in found
-            if explains(line, name, instance, view)}
+    return {(name, number) for name, found in wanted if name in instance.values
+            for number, line in found if explains(line, name, instance, view)}
 
 
 def is_whole(view, wanted, instance):
     return all(any(explains(line, name, instance, view) for _, line in found)
+               if name in instance.values else
+               not any(text_of(line, instance, view) for _, line in found)
                for name, found in wanted)
 
 

@@ -5,6 +5,7 @@ import functools
 import re
 
 import derive_expected as witness
+import ipmi_inventory
 import smbios_inventory as inventory
 
 
@@ -60,6 +61,18 @@ def truth(value):
     return str(bool(value)).upper()
 
 
+def number(size, bits):
+    """Nothing for all zeros and all ones."""
+    return of_bytes(size, lambda data: ipmi_inventory.number(data, bits))
+
+
+def typed_text(data):
+    """A FRU field knows its encodings itself."""
+    if isinstance(data, ipmi_inventory.Field):
+        return witness.latin(data.text())
+    return witness.latin(ipmi_inventory.sdr_text(data)) if data else ""
+
+
 PLAIN = {
     "text": witness.text_of,
     "decimal": lambda data: str(data[0]) if data else "0",
@@ -92,8 +105,18 @@ OF_STRUCTURES = {  # where these give nothing, the property is not set
     "JEP106 module maker": of_bytes(
         2, lambda data: inventory.module_maker(witness.memory_maker, data)),
 }
+OF_BMC = {  # the same
+    "low nibble": of_number(1, lambda byte: byte & 0x0F),
+    "16-bit number": number(2, 16),
+    "20-bit number": number(3, 20),
+    "BCD version": of_bytes(2, ipmi_inventory.bcd_version),
+    "IPMI version": of_number(1, ipmi_inventory.ipmi_version),
+    "GUID": of_bytes(16, ipmi_inventory.guid),
+    "minutes since 1996": of_bytes(3, ipmi_inventory.fru_date),
+    "typed text": typed_text,
+}
 
-NEVER_NOTHING = ("decimal", "date", "shift 16", *OF_STRUCTURES)
+NEVER_NOTHING = ("decimal", "date", "shift 16", *OF_STRUCTURES, *OF_BMC)
 
 
 def before(end):
@@ -120,4 +143,4 @@ def rule(name):
         return before(match[1])
     if match := re.fullmatch("between (.+) and (.+)", name, re.S):
         return between(match[1], match[2])
-    return PLAIN.get(name) or OF_STRUCTURES[name]
+    return PLAIN.get(name) or OF_STRUCTURES.get(name) or OF_BMC[name]

@@ -163,6 +163,10 @@ LEVEL_REQUEST = "F5 68 10 1D 01 00"
 LEVEL_TRAFFIC = "012006005206000000F568101D0100"
 
 
+def sent(entry):
+    return entry["request"], entry["answered"], entry["length"]
+
+
 class ConsoleServerTest(GuestTest):
     """A cKVM machine type with a cKVM on USB, a BMC that knows its level, and two tape drives."""
 
@@ -204,16 +208,19 @@ class ConsoleServerTest(GuestTest):
 
     def test_request_reaches_the_bmc(self):
         self.assertEqual([LEVEL_REQUEST] * 3, self.requests)  # the two queries and the recording
+        traffic = self.answer("all")["queries"][0]["traffic"]
+        self.assertEqual((LEVEL_TRAFFIC, True, 21), sent(traffic[0]))
+
+    def test_bmc_without_a_repository_or_fru_devices_refuses_once_each(self):
+        traffic = self.answer("all")["queries"][0]["traffic"]
         self.assertEqual(
             [
-                {
-                    "operation": "ipmi_command",
-                    "request": LEVEL_TRAFFIC,
-                    "answered": True,
-                    "length": 21,
-                }
+                ("012006000100000000", True, 20),  # Get Device ID
+                ("012006000800000000", True, 5),  # Get Device GUID
+                ("01200A0023060000000000000000FF", True, 5),  # Get SDR
+                ("01200A00100100000000", True, 5),  # Get FRU Inventory Area Info
             ],
-            self.answer("all")["queries"][0]["traffic"],
+            [sent(entry) for entry in traffic[1:]],
         )
 
     def test_bmc_is_seen(self):

@@ -172,7 +172,7 @@ TEST(Collectors, OnlyListedOnesAreThere) {
   RunOptions options = with({kDevices, kIpmi});
   options.collectors.names = {"IPMIInventory"};
   QueryRun run(bareMachine(), options);
-  EXPECT_EQ((Texts{"KRXSG_IPMIFRU"}), run.companionClasses());
+  EXPECT_EQ((Texts{"KRXSG_ManagementController", "KRXSG_IPMIFRU"}), run.companionClasses());
 }
 
 TEST(Collectors, OfSeveralNamedPluginsOneHasToServeTheClass) {

@@ -59,7 +59,15 @@ TEST(Schema, HasTheClassesWithTheTypesThatTheCollectorsSet) {
       "KRXSG_USBDevice DeviceID:string Description:string",
       "KRXSG_TapeDrive DeviceID:string Description:string",
       "KRXSG_QLA_ComputerSystem SourceNode:uint8 Description:string",
-      "KRXSG_IPMIFRU Name:string Description:string",
+      "KRXSG_ManagementController Name:string DeviceID:uint8 DeviceRevision:uint8"
+      " FirmwareVersion:string AuxiliaryFirmwareRevision:string IPMIVersion:string"
+      " ManufacturerID:uint64 ProductID:uint16 GUID:string",
+      "KRXSG_IPMIFRU FRUDeviceID:uint8 Name:string Description:string EntityID:uint8"
+      " EntityInstance:uint8 ChassisType:string ChassisPartNumber:string"
+      " ChassisSerialNumber:string BoardManufacturer:string BoardProductName:string"
+      " BoardSerialNumber:string BoardPartNumber:string BoardManufactureDate:datetime"
+      " ProductManufacturer:string ProductName:string ProductPartNumber:string"
+      " ProductVersion:string ProductSerialNumber:string ProductAssetTag:string Notes:string",
       "KRXSG_SystemFirmware InstanceID:string Vendor:string Version:string ReleaseDate:datetime"
       " SystemFirmwareRevision:string EmbeddedControllerRevision:string ROMSize:uint64"
       " UEFI:boolean",
@@ -112,7 +120,8 @@ TEST(Schema, SaysWhoServesAClassAndWhatTellsItsInstancesApart) {
       "KRXSG_USBDevice : CIM_LogicalDevice by DeviceInventory, key DeviceID",
       "KRXSG_TapeDrive : CIM_LogicalDevice by DeviceInventory, key DeviceID",
       "KRXSG_QLA_ComputerSystem : CIM_ComputerSystem, key SourceNode",
-      "KRXSG_IPMIFRU by IPMIInventory, key Name",
+      "KRXSG_ManagementController by IPMIInventory, key Name",
+      "KRXSG_IPMIFRU by IPMIInventory, key FRUDeviceID",
       "KRXSG_SystemFirmware by SMBIOSInventory, key InstanceID",
       "KRXSG_ComputerSystem by SMBIOSInventory, key Name",
       "KRXSG_PhysicalMemory by SMBIOSInventory, key DeviceLocator BankLocator",
@@ -162,7 +171,9 @@ TEST(Schema, OriginsAreInTheirNotation) {
   const std::string bytes = R"(\|(byte \d+|bytes \d+-\d*)\|)";
   const std::string rule =
       "(text|decimal|date|hex digits|JEP106 maker|version part|numeric version part|build part|"
-      "letters and digits|shift 16|level|before [^|]+|between [^|]+ and [^|]+)( or blank)?";
+      "letters and digits|shift 16|level|low nibble|(16|20)-bit number|BCD version|IPMI version|"
+      "GUID|typed text|minutes since 1996|chassis type|before [^|]+|between [^|]+ and [^|]+)( or "
+      "blank)?";
   const std::string ofStructures =
       "(text|trimmed|month/day/year|major[.]minor|number|not zero|bit 3|UUID|ROM size|"
       "extended ROM size|memory size|extended memory size|chassis type|form factor|memory type|"
@@ -178,6 +189,10 @@ TEST(Schema, OriginsAreInTheirNotation) {
       std::regex("TamberCommand[.]VEL[|](" + hex + " ){3}" + hex + bytes + rule + as + when),
       std::regex("IPMI[.]VEL[|]" + hex + " " + hex + "([|]data " + hexes + ")?" + bytes + rule +
                  as + when),
+      std::regex("IPMI[.]SDR[|]type \\d+" + bytes + rule + as + when),
+      std::regex("IPMI[.]FRU[|](chassis|board|product) area([|]field \\d+[|]|" + bytes + ")" +
+                 rule + as + when),
+      std::regex("IPMI[.]FRU[|]what was wrong[|]" + rule + as + when),
       std::regex("SMBIOS[.]DMTF[|]type \\d+[|]offset \\d+[|](string|uint8|uint16)[|]" + rule + as +
                  when),
       std::regex("SMBIOS[.]DMTF[|]type \\d+[|]offset \\d+[|](whole string|uint8|uint16|uint32|"
