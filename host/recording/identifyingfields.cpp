@@ -6,6 +6,7 @@
 #include <set>
 
 #include "host/machine/smbiosparts.h"
+#include "host/recording/fruareas.h"
 #include "host/recording/hostinterface.h"
 
 namespace velhost {
@@ -66,6 +67,30 @@ constexpr ReplyField kReplyFields[] = {
     {kPowerBackplane, Notation::kText, 38, 6}, {kDasdBackplane, Notation::kText, 38, 6},
 };
 
+// The controller's GUID, behind the reply's head (IPMI 2.0, 20.8).
+constexpr unsigned char kApplication = 0x06;
+constexpr unsigned char kGetDeviceGuid = 0x08;
+constexpr std::size_t kGuidOffset = 5;
+constexpr std::size_t kGuidSize = 16;
+
+struct FruIdentity {
+  FruAreaKind area;
+  std::size_t field;  // from 0
+};
+
+constexpr FruIdentity kFruIdentities[] = {
+    {FruAreaKind::kChassis, 1},  // Serial Number
+    {FruAreaKind::kBoard, 2},    // Serial Number
+    {FruAreaKind::kProduct, 4},
+    {FruAreaKind::kProduct, 5},  // Serial Number, Asset Tag
+};
+
+Notation notationOf(const FruField& field, bool isEnglish) {
+  constexpr Notation kNotations[] = {Notation::kNumber, Notation::kBcdPlus, Notation::kSixBit};
+  if (field.encoding < std::size(kNotations)) return kNotations[field.encoding];
+  return isEnglish ? Notation::kText : Notation::kWideText;
+}
+
 std::string_view wholeText(std::string_view text) { return text; }
 
 // A device's id is ENUMERATOR\DEVICE\SERIAL, often with the unit's number, as "&0", behind it; an
@@ -87,12 +112,15 @@ struct InstanceText {
 constexpr InstanceText kInstanceTexts[] = {
     {"SerialNumber", wholeText},
     {"UniqueID", wholeText},
+    {"ChassisSerialNumber", wholeText},
+    {"BoardSerialNumber", wholeText},
+    {"ProductSerialNumber", wholeText},
+    {"ProductAssetTag", wholeText},
+    {"GUID", wholeText},
     {"DevicePrefix", wholeText},  // component VPD: the serial number's bytes
     {"AssetTag", wholeText},
     {"UUID", wholeText},
-    {"ChassisSerialNumber", wholeText},
     {"ChassisAssetTag", wholeText},
-    {"BoardSerialNumber", wholeText},
     {"DeviceID", serialOfDeviceId},
 };
 
@@ -153,6 +181,28 @@ IdentifyingFields fieldsOfReply(const Bytes& command, std::size_t replySize) {
   for (const ReplyField& row : kReplyFields) {
     if (!beginsWith(command, row.command)) continue;
     add(fields, replySize, {row.offset, row.size, row.notation});
+  }
+  return fields;
+}
+
+IdentifyingFields fieldsOfIpmiReply(const Bytes& request, std::size_t replySize) {
+  IdentifyingFields fields;
+  if (request.size() < kGuidOffset || request[2] != kApplication || request[4] != kGetDeviceGuid) {
+    return fields;
+  }
+  add(fields, replySize, {kGuidOffset, kGuidSize, Notation::kNumber});
+  return fields;
+}
+
+IdentifyingFields fieldsOfFru(std::span<const unsigned char> device) {
+  IdentifyingFields fields;
+  for (const FruArea& area : fruAreas(device)) {
+    const auto found = fruFields(device, area);
+    for (const FruIdentity& row : kFruIdentities) {
+      if (row.area != area.kind || row.field >= found.size()) continue;
+      const FruField& field = found[row.field];
+      fields.push_back({field.offset, field.size, notationOf(field, isEnglish(device, area))});
+    }
   }
   return fields;
 }

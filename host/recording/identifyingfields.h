@@ -15,6 +15,8 @@ namespace velhost {
 enum class Notation {
   kText,      // texts with zero bytes between and behind them
   kWideText,  // one in UTF-16, the lower byte first
+  kBcdPlus,   // two characters a byte, the higher four bits first (IPMI 2.0, 43.15)
+  kSixBit,    // four characters in three bytes, the lowest bits first
   kNumber,    // binary; of only 00 or only FF bytes: there is none
 };
 
@@ -33,6 +35,12 @@ IdentifyingFields fieldsOfStructure(std::span<unsigned char> structure);
 
 // Of the reply to a dot command.
 IdentifyingFields fieldsOfReply(const Bytes& command, std::size_t replySize);
+
+// Of the reply to an IPMI request.
+IdentifyingFields fieldsOfIpmiReply(const Bytes& request, std::size_t replySize);
+
+// Of a FRU device.
+IdentifyingFields fieldsOfFru(std::span<const unsigned char> device);
 
 // Of a text property of an instance, of whatever class.
 IdentifyingFields fieldsOfProperty(std::string_view name, std::string_view text);

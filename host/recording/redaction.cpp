@@ -5,8 +5,10 @@
 #include <functional>
 
 #include "host/machine/smbiosparts.h"
+#include "host/recording/fruimage.h"
 #include "host/recording/identifyingfields.h"
 #include "host/recording/knownvalues.h"
+#include "host/recording/packedtext.h"
 #include "host/recording/pseudonyms.h"
 
 namespace velhost {
@@ -32,11 +34,26 @@ struct Place {
 
 using Visit = std::function<void(const Place&)>;
 
-// The lower bytes of a text in UTF-16.
-Bytes narrowed(std::span<const unsigned char> wide) {
-  Bytes narrow;
-  for (std::size_t i = 0; i < wide.size(); i += 2) narrow.push_back(wide[i]);
-  return narrow;
+// How the texts of a field are read and put back; null: they stand there as they are.
+struct Packing {
+  Bytes (*read)(std::span<const unsigned char> field);
+  void (*write)(const Bytes& text, std::span<unsigned char> field);
+};
+
+const Packing* packingOf(Notation notation) {
+  static constexpr Packing kWide{readWide, writeWide};
+  static constexpr Packing kBcdPlus{readBcdPlus, writeBcdPlus};
+  static constexpr Packing kSixBit{readSixBit, writeSixBit};
+  switch (notation) {
+    case Notation::kWideText:
+      return &kWide;
+    case Notation::kBcdPlus:
+      return &kBcdPlus;
+    case Notation::kSixBit:
+      return &kSixBit;
+    default:
+      return nullptr;
+  }
 }
 
 void visitText(std::string& text, IdentifyingFields fields, const Visit& visit) {
@@ -56,6 +73,25 @@ void visitReplies(std::vector<SimulatedReply>& replies, std::size_t header, cons
   for (SimulatedReply& reply : replies) visit({reply.bytes, header, {}});
 }
 
+// What a FRU device holds does not end where a reply does.
+void visitFruDevices(NKRXVEL20::host::SimulatedSP& sp, const Visit& visit) {
+  for (FruImage& image : fruImages(sp)) {
+    visit({image.bytes(), 0, fieldsOfFru(image.bytes())});
+    image.writeBack();
+  }
+}
+
+void visitIpmiCommands(NKRXVEL20::host::SimulatedSP& sp, const Visit& visit) {
+  visitFruDevices(sp, visit);
+  for (auto& entry : sp.ipmiCommands) {
+    visit({entry.request, kIpmiRequestHeader, {}});
+    if (isReadOfFru(entry)) continue;
+    for (SimulatedReply& reply : entry.replies) {
+      visit({reply.bytes, kIpmiReplyHeader, fieldsOfIpmiReply(entry.request, reply.bytes.size())});
+    }
+  }
+}
+
 void visitSP(NKRXVEL20::host::SimulatedSP& sp, const Visit& visit) {
   for (auto& entry : sp.dotCommands) {
     if (entry.data) visit({*entry.data, 0, {}});
@@ -67,10 +103,7 @@ void visitSP(NKRXVEL20::host::SimulatedSP& sp, const Visit& visit) {
     if (entry.data) visit({*entry.data, 0, {}});
     visitReplies(entry.replies, kTamberReplyHeader, visit);
   }
-  for (auto& entry : sp.ipmiCommands) {
-    visit({entry.request, kIpmiRequestHeader, {}});
-    visitReplies(entry.replies, kIpmiReplyHeader, visit);
-  }
+  visitIpmiCommands(sp, visit);
 }
 
 void visitPlaces(MachineFile& machine, const Visit& visit) {
@@ -96,8 +129,8 @@ class Redaction {
       if (field.notation == Notation::kNumber) {
         learnNumber(bytes);
       } else {
-        Bytes text =
-            field.notation == Notation::kText ? Bytes(bytes.begin(), bytes.end()) : narrowed(bytes);
+        const Packing* const packing = packingOf(field.notation);
+        Bytes text = packing == nullptr ? Bytes(bytes.begin(), bytes.end()) : packing->read(bytes);
         learnTexts(text);
       }
     }
@@ -133,18 +166,14 @@ class Redaction {
   }
 
   void replaceField(std::span<unsigned char> field, Notation notation) {
-    switch (notation) {
-      case Notation::kText:
-        pseudonyms_.replaceText(field);
-        break;
-      case Notation::kNumber:
-        pseudonyms_.replaceBytes(field);
-        break;
-      case Notation::kWideText:
-        Bytes narrow = narrowed(field);
-        pseudonyms_.replaceText(narrow);
-        for (std::size_t i = 0; i < narrow.size(); ++i) field[2 * i] = narrow[i];
-        break;
+    if (const Packing* const packing = packingOf(notation)) {
+      Bytes text = packing->read(field);
+      pseudonyms_.replaceText(text);
+      packing->write(text, field);
+    } else if (notation == Notation::kNumber) {
+      pseudonyms_.replaceBytes(field);
+    } else {
+      pseudonyms_.replaceText(field);
     }
   }
 

@@ -19,6 +19,8 @@ RECORDS = {
     "controller": ordinary.RECORDS[0], "fru-device": ordinary.RECORDS[2],
     "device-id": ordinary.DEVICE_ID, "guid": ordinary.DEVICE_GUID,
     "header": ordinary.FRUS[0][0][:8]}
+DEVICES = {  # behind the size of a piece
+    "board": b"\x30" + ordinary.FRUS[0][0], "supply": b"\x08" + ordinary.FRUS[1][0]}
 
 
 def dialogue(**changes):
@@ -41,7 +43,8 @@ DIALOGUES = {"ordinary": dialogue(), "small-reads": dialogue(most=8)}
 
 
 def main(folder):
-    for name, seeds in (("areas", AREAS), ("records", RECORDS), ("dialogues", DIALOGUES)):
+    for name, seeds in (("areas", AREAS), ("records", RECORDS), ("devices", DEVICES),
+                        ("dialogues", DIALOGUES)):
         target = pathlib.Path(folder) / name
         target.mkdir(parents=True, exist_ok=True)
         for seed, data in seeds.items():

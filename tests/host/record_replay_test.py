@@ -21,6 +21,8 @@ VALIDATOR = jsonschema.Draft202012Validator(
 # Serial numbers and unique ids of the machine files, a few of each kind of place.
 SERIALS = {
     "one-sp-everything": ["KQ0K301", "M450-000301", "PS3001", "PB3001", "PC3001", "DB3001", "PL3001"],
+    "ordinary-server": ["CH-0K7001", "BD-0K7001", "KQ0K701", "720001-1 9", "RACK7-U12",
+                        "6c0a7d31-9b4e-4f52-8a10-5c0000a1b2c3"],
     "two-nodes": ["KQ0K401", "KQ0K402", "N200-000401", "PS4001", "PL4002"],
 }
 
@@ -127,7 +129,8 @@ class Recordings(unittest.TestCase):
         self.assertEqual(kept, [(name, new) for name, _, new in pairs if name not in IDENTITIES])
 
     def without_serials(self, document):
-        pseudonymous = ("SerialNumber", "UniqueID", "DevicePrefix")
+        pseudonymous = ("SerialNumber", "UniqueID", "DevicePrefix", "ChassisSerialNumber",
+                        "BoardSerialNumber", "ProductSerialNumber", "ProductAssetTag", "GUID")
         for query in document["queries"]:
             for instance in query["instances"]:
                 for name in pseudonymous:

@@ -212,6 +212,104 @@ TEST(Redaction, IdsOfAHostInterface) {
 Bytes asBytes(const std::string& text) { return {text.begin(), text.end()}; }
 
 // KX71Q is the serial number of the system; what stands elsewhere follows.
+// A FRU command of this code and data, and its reply, completed with that data.
+NKRXVEL20::host::IpmiCommandEntry fruCommand(const Bytes& command, const Bytes& data) {
+  Bytes request = {0x01, 0x20, 0x0A, 0x00, command[0], 0, 0, 0, 0};
+  request[5] = static_cast<unsigned char>(command.size() - 1);
+  request.insert(request.end(), command.begin() + 1, command.end());
+  Bytes reply = {0x01, 0x20, 0x0E, 0x00, 0x00};
+  reply.insert(reply.end(), data.begin(), data.end());
+  return {request, {{false, reply, {}}}};
+}
+
+// FRU device 5, whose product area of 16 bytes stands from byte 8 on, as it is read: the area in two
+// pieces, which part its serial number. `word`: the bytes that offsets and counts are told in.
+std::vector<NKRXVEL20::host::IpmiCommandEntry> readsOf(const Bytes& area, unsigned char word) {
+  const Bytes header = bytesOfHex("01 00 00 00 01 00 00 FE");
+  const auto read = [word](std::size_t at, Bytes bytes) {
+    const auto count = static_cast<unsigned char>(bytes.size() / word);
+    bytes.insert(bytes.begin(), count);
+    return fruCommand({0x11, 5, static_cast<unsigned char>(at / word), 0, count}, bytes);
+  };
+  const unsigned char access = word - 1;
+  return {read(18, {area.begin() + 10, area.end()}), read(0, header),
+          read(8, {area.begin(), area.begin() + 10}), fruCommand({0x10, 5}, {24, 0, access})};
+}
+
+Bytes repliesOf(const MachineFile& machine) {
+  Bytes bytes;
+  for (const auto& entry : machine.sp.ipmiCommands) {
+    bytes.insert(bytes.end(), entry.replies[0].bytes.begin(), entry.replies[0].bytes.end());
+  }
+  return bytes;
+}
+
+// Version, length, language, four empty fields, the serial number, no asset tag, end, a zero, checksum.
+TEST(Redaction, SerialNumbersOfFruDevicesAndTheirChecksums) {
+  const struct {
+    const char* what;
+    const char* area;
+    const char* redacted;
+  } cases[] = {
+      {"Latin-1: Q7K9", "01 02 00 C0 C0 C0 C0 C4 51 37 4B 39 C0 C1 00 AC",
+       "01 02 00 C0 C0 C0 C0 C4 47 30 47 31 C0 C1 00 C9"},
+      {"BCD plus: 12-378", "01 02 00 C0 C0 C0 C0 44 A1 2B 37 8A C0 C1 00 AB",
+       "01 02 00 C0 C0 C0 C0 44 A0 0B 00 1A C0 C1 00 73"},
+      {"six-bit ASCII: IPMI", "01 02 00 C0 C0 C0 C0 83 29 DC A6 C0 C1 00 00 4E",
+       "01 02 00 C0 C0 C0 C0 83 E7 79 A2 C0 C1 00 00 F7"},
+      {"binary", "01 02 00 C0 C0 C0 C0 04 12 34 56 78 C0 C1 00 64",
+       "01 02 00 C0 C0 C0 C0 04 00 00 00 01 C0 C1 00 77"},
+      {"UTF-16: Q7", "01 02 16 C0 C0 C0 C0 C4 51 00 37 00 C0 C1 00 1A",
+       "01 02 16 C0 C0 C0 C0 C4 47 00 31 00 C0 C1 00 2A"},
+      {"a wrong checksum stays wrong", "01 02 00 C0 C0 C0 C0 C4 51 37 4B 39 C0 C1 00 AD",
+       "01 02 00 C0 C0 C0 C0 C4 47 30 47 31 C0 C1 00 AD"},
+  };
+  for (const auto& c : cases) {
+    for (const unsigned char word : Bytes{1, 2}) {
+      MachineFile machine;
+      MachineFile expected;
+      machine.sp.ipmiCommands = readsOf(bytesOfHex(c.area), word);
+      expected.sp.ipmiCommands = readsOf(bytesOfHex(c.redacted), word);
+      redact(machine);
+      EXPECT_EQ(hexPairs(repliesOf(expected)), hexPairs(repliesOf(machine))) << c.what << int{word};
+    }
+  }
+}
+
+// The system's serial number in a custom field of a FRU device.
+TEST(Redaction, AKnownValueInAFruDeviceLeavesItsChecksumGood) {
+  MachineFile machine = withStructure(wholeStructure({1, 0, area({{0x07, 1}}), {"Q7K9"}}));
+  machine.sp.ipmiCommands =
+      readsOf(bytesOfHex("01 02 00 C0 C0 C0 C0 C0 C0 C4 51 37 4B 39 C1 EC"), 1);
+  redact(machine);
+  MachineFile expected;
+  expected.sp.ipmiCommands =
+      readsOf(bytesOfHex("01 02 00 C0 C0 C0 C0 C0 C0 C4 47 30 47 31 C1 09"), 1);
+  EXPECT_EQ(hexPairs(repliesOf(expected)), hexPairs(repliesOf(machine)));
+}
+
+TEST(Redaction, RepliesThatAreNoFruDataStayAsTheyAre) {
+  MachineFile machine;
+  machine.sp.ipmiCommands = {
+      fruCommand({0x11, 5, 0, 0, 8}, {}), fruCommand({0x11, 5, 0, 0}, {8, 1}),
+      fruCommand({0x11, 5, 0, 0, 9}, {200, 1, 2}), fruCommand({0x10, 5}, {1})};
+  const Bytes before = repliesOf(machine);
+  redact(machine);
+  EXPECT_EQ(hexPairs(before), hexPairs(repliesOf(machine)));
+}
+
+TEST(Redaction, GuidOfAController) {
+  MachineFile machine;
+  machine.sp.ipmiCommands = {
+      {bytesOfHex("0120060008 00000000"),
+       {{false, bytesOfHex("0120070000 12345678 9ABCDEF0 12345678 9ABCDEF0"), {}}}},
+      {bytesOfHex("0120060001 00000000"), {{false, bytesOfHex("0120070000 12345678 9ABC"), {}}}}};
+  redact(machine);
+  EXPECT_EQ(bytesOfHex("0120070000 00000000 0AAAAAA0 00000000 0AAAAAA1"),
+            machine.sp.ipmiCommands[0].replies[0].bytes);
+  EXPECT_EQ(bytesOfHex("0120070000 12345678 9ABC"), machine.sp.ipmiCommands[1].replies[0].bytes);
+}
+
 TEST(Redaction, AKnownValueGoesWhereverItStands) {
   const auto with = [](auto put) {
     MachineFile machine =
