@@ -130,7 +130,8 @@ class Recordings(unittest.TestCase):
 
     def without_serials(self, document):
         pseudonymous = ("SerialNumber", "UniqueID", "DevicePrefix", "ChassisSerialNumber",
-                        "BoardSerialNumber", "ProductSerialNumber", "ProductAssetTag", "GUID")
+                        "BoardSerialNumber", "ProductSerialNumber", "ProductAssetTag", "GUID",
+                        "AssetTag", "UUID", "ChassisAssetTag")
         for query in document["queries"]:
             for instance in query["instances"]:
                 for name in pseudonymous:

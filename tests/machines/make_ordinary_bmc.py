@@ -240,7 +240,7 @@ def machine_file(name, description, changes):
     sp = {"bmc": found, "ipmi_drivers": True, "integrated_bmc": True, "ipmi_commands": bmc.entries}
     return {"format": "vel-machine/1", "name": name, "description": description,
             "smbios": {"dump": "ordinary-server.dmi"}, "sp": sp,
-            "collectors": [ipmi_inventory.NAME]}
+            "collectors": [ipmi_inventory.NAME, "SMBIOSInventory"]}
 
 
 def layout(machine):
