@@ -54,7 +54,7 @@ std::optional<DeviceId> decodeDeviceId(ByteSpan data) {
   id.manufacturerId = manufacturerId(data.subspan(6));
   id.productId = productId(data.subspan(9));
   if (data.size() >= kAuxiliaryOffset + kAuxiliarySize) {
-    id.auxiliaryFirmwareRevision = hexDigits(data.subspan(kAuxiliaryOffset, kAuxiliarySize));
+    id.auxiliaryFirmwareRevision = hexBytes(data.subspan(kAuxiliaryOffset, kAuxiliarySize));
   }
   return id;
 }

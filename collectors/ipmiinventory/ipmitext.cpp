@@ -68,11 +68,15 @@ std::string hexByte(std::uint8_t byte) {
   return {kDigits[byte >> 4U], kDigits[byte & 0x0FU]};
 }
 
-std::string hexDigits(ByteSpan bytes) {
-  if (std::ranges::all_of(bytes, [](std::uint8_t byte) { return byte == 0; })) return {};
+std::string hexBytes(ByteSpan bytes) {
   std::string text;
   for (const std::uint8_t byte : bytes) text += hexByte(byte);
   return text;
+}
+
+std::string hexDigits(ByteSpan bytes) {
+  const bool isBlank = std::ranges::all_of(bytes, [](std::uint8_t byte) { return byte == 0; });
+  return isBlank ? std::string() : hexBytes(bytes);
 }
 
 std::string bcdPlusText(ByteSpan bytes) {

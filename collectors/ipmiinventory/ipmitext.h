@@ -14,7 +14,10 @@ namespace ipmiinventory {
 // Two digits, in upper case.
 std::string hexByte(std::uint8_t byte);
 
-// Two digits a byte; nothing when all bytes are zero.
+// Two digits a byte.
+std::string hexBytes(ByteSpan bytes);
+
+// The same, but nothing when all bytes are zero.
 std::string hexDigits(ByteSpan bytes);
 
 // Two characters a byte, the higher four bits first.

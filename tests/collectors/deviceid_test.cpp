@@ -24,6 +24,11 @@ TEST(DeviceId, HasAllThatIsGiven) {
   EXPECT_EQ(0x1234, id->productId);
 }
 
+TEST(DeviceId, AuxiliaryRevisionMayBeZero) {
+  EXPECT_EQ("00000000", decodeDeviceId(hex("20 01 02 13 02 02 57 01 00 34 12 00 00 00 00"))
+                            ->auxiliaryFirmwareRevision);
+}
+
 TEST(DeviceId, AuxiliaryRevisionMayBeLeftOut) {
   Bytes bytes = hex(kFull);
   for (bytes.resize(14); bytes.size() >= 11; bytes.pop_back()) {

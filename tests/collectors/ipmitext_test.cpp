@@ -20,6 +20,7 @@ TEST(IpmiText, IsReadInEachEncoding) {
       {"nothing", hexDigits, "", ""},
       {"digits", hexDigits, "0A 00 FF", "0A00FF"},
       {"only zeros", hexDigits, "00 00", ""},
+      {"zeros as they are", hexBytes, "00 00", "0000"},
       {"nothing", bcdPlusText, "", ""},
       {"the higher four bits first", bcdPlusText, "12 90", "1290"},
       {"other characters", bcdPlusText, "1A 2B 3C 4D 5E 6F 77", "1 2-3.4:5,6_77"},

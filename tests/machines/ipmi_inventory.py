@@ -246,7 +246,7 @@ class Collector:
         values = {
             "Name": "BMC", "DeviceID": said[0], "DeviceRevision": said[1] & 0x0F,
             "FirmwareVersion": bcd_version(said[2:4]),
-            "AuxiliaryFirmwareRevision": hex_digits(said[11:15]) if len(said) > 14 else "",
+            "AuxiliaryFirmwareRevision": said[11:15].hex().upper() if len(said) > 14 else "",
             "IPMIVersion": ipmi_version(said[4]), "ManufacturerID": number(said[6:9], 20),
             "ProductID": number(said[9:11], 16),
             "GUID": guid(answer[1][:16]) if answer and not answer[0] else ""}

@@ -76,6 +76,7 @@ def typed_text(data):
 PLAIN = {
     "text": witness.text_of,
     "decimal": lambda data: str(data[0]) if data else "0",
+    "hex bytes": witness.hex_of,
     "hex digits": lambda data: witness.hex_of(data) if any(data) else "",
     "date": date,
     "level": lambda data: re.sub(r"[^0-9A-Za-z.()\[\]]", "", data.decode("latin-1")),
