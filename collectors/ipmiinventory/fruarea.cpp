@@ -6,6 +6,7 @@
 
 #include "collectors/ipmiinventory/frucommonheader.h"
 #include "collectors/ipmiinventory/frufields.h"
+#include "collectors/support/chassistypes.h"
 
 namespace ipmiinventory {
 namespace {
@@ -28,46 +29,6 @@ constexpr FruAreaLayout kLayouts[] = {
 
 constexpr std::size_t kLengthOffset = 1;
 constexpr std::size_t kByteOffset = 2;  // the language, or the chassis type
-
-constexpr std::string_view kChassisTypes[] = {
-    "Other",
-    "",
-    "Desktop",
-    "Low Profile Desktop",
-    "Pizza Box",
-    "Mini Tower",
-    "Tower",
-    "Portable",
-    "Laptop",
-    "Notebook",
-    "Hand Held",
-    "Docking Station",
-    "All in One",
-    "Sub Notebook",
-    "Space-saving",
-    "Lunch Box",
-    "Main Server Chassis",
-    "Expansion Chassis",
-    "SubChassis",
-    "Bus Expansion Chassis",
-    "Peripheral Chassis",
-    "RAID Chassis",
-    "Rack Mount Chassis",
-    "Sealed-case PC",
-    "Multi-system chassis",
-    "Compact PCI",
-    "Advanced TCA",
-    "Blade",
-    "Blade Enclosure",
-    "Tablet",
-    "Convertible",
-    "Detachable",
-    "IoT Gateway",
-    "Embedded PC",
-    "Mini PC",
-    "Stick PC",
-};
-static_assert(std::size(kChassisTypes) == 36, "01h to 24h");
 
 // Language codes 0 and 25; a chassis area has none, as its texts are English.
 bool isEnglish(const FruAreaLayout& layout, ByteSpan area) {
@@ -127,7 +88,7 @@ FruAreaContent decodeArea(const FruAreaLayout& layout, ByteSpan area) {
   if (!content.fault.empty()) return content;
   area = area.first(areaLength(area));
   if (layout.byteProperty != nullptr) {
-    add(content, layout.byteProperty, std::string(chassisTypeName(area[kByteOffset])));
+    add(content, layout.byteProperty, std::string(collector::chassisTypeName(area[kByteOffset])));
   }
   addFields(layout, area, content);
   if (layout.dateOffset != 0) {
@@ -137,11 +98,6 @@ FruAreaContent decodeArea(const FruAreaLayout& layout, ByteSpan area) {
 }
 
 // 1 to 36; the highest bit says whether the chassis has a lock. 2 says that the type is unknown.
-std::string_view chassisTypeName(std::uint8_t type) {
-  const std::size_t number = type & 0x7FU;
-  return number < 1 || number > std::size(kChassisTypes) ? "" : kChassisTypes[number - 1];
-}
-
 std::string fruDate(std::uint32_t minutesSince1996) {
   using namespace std::chrono;
   if (minutesSince1996 == 0) return {};

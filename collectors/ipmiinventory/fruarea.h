@@ -49,9 +49,6 @@ std::string areaStartFault(ByteSpan start, std::size_t room);
 // Of a whole area. One with a wrong start or checksum has no properties.
 FruAreaContent decodeArea(const FruAreaLayout& layout, ByteSpan area);
 
-// The name of an SMBIOS chassis type (DSP0134, 7.4.1); empty for one that has none.
-std::string_view chassisTypeName(std::uint8_t type);
-
 // A CIM timestamp; empty for 0 minutes, which mean that there is no date.
 std::string fruDate(std::uint32_t minutesSince1996);
 

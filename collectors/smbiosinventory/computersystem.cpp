@@ -3,55 +3,14 @@
 
 #include <algorithm>
 
+#include "collectors/support/chassistypes.h"
+
 namespace smbiosinventory {
 namespace {
 
 constexpr std::size_t kUuidSize = 16;
 constexpr std::size_t kBoardTypeOffset = 0x0D;
 constexpr std::uint64_t kMotherboard = 0x0A;
-constexpr std::uint64_t kChassisTypeBits = 0x7F;  // the bit above them tells of a lock
-
-// DSP0134 7.4.1.
-constexpr const char* kChassisTypes[] = {
-    nullptr,
-    "Other",
-    nullptr,
-    "Desktop",
-    "Low Profile Desktop",
-    "Pizza Box",
-    "Mini Tower",
-    "Tower",
-    "Portable",
-    "Laptop",
-    "Notebook",
-    "Hand Held",
-    "Docking Station",
-    "All in One",
-    "Sub Notebook",
-    "Space-saving",
-    "Lunch Box",
-    "Main Server Chassis",
-    "Expansion Chassis",
-    "SubChassis",
-    "Bus Expansion Chassis",
-    "Peripheral Chassis",
-    "RAID Chassis",
-    "Rack Mount Chassis",
-    "Sealed-case PC",
-    "Multi-system chassis",
-    "Compact PCI",
-    "Advanced TCA",
-    "Blade",
-    "Blade Enclosure",
-    "Tablet",
-    "Convertible",
-    "Detachable",
-    "IoT Gateway",
-    "Embedded PC",
-    "Mini PC",
-    "Stick PC",
-};
-static_assert(std::size(kChassisTypes) == 0x25, "the list ends with 24h, Stick PC");
 
 // In the order in which the bytes are written (DSP0134 7.2.1): the first three fields have their
 // lowest byte first. Behind which of them a hyphen stands.
@@ -89,7 +48,10 @@ Value uuid(const Structure& structure, std::size_t offset) {
 }
 
 Value chassisType(const Structure& structure, std::size_t offset) {
-  return nameOf(structure.number(offset, 1).value_or(0) & kChassisTypeBits, kChassisTypes);
+  const auto type = static_cast<std::uint8_t>(structure.number(offset, 1).value_or(0));
+  const std::string_view name = collector::chassisTypeName(type);
+  if (name.empty()) return {};
+  return std::string(name);
 }
 
 constexpr Row kSystemRows[] = {

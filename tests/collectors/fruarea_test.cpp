@@ -154,18 +154,6 @@ TEST(FruArea, AStartTellsTheLength) {
   EXPECT_EQ("its length reaches past the device's end", areaStartFault(hex("01 02"), 15));
 }
 
-TEST(FruArea, ChassisTypesHaveSmbiosNames) {
-  const struct {
-    std::uint8_t type;
-    const char* name;
-  } kCases[] = {
-      {0x00, ""},      {0x01, "Other"},    {0x02, ""}, {0x11, "Main Server Chassis"},
-      {0x1C, "Blade"}, {0x24, "Stick PC"}, {0x25, ""}, {0x97, "Rack Mount Chassis"},
-      {0x80, ""},      {0xFF, ""},
-  };
-  for (const auto& c : kCases) EXPECT_EQ(c.name, chassisTypeName(c.type)) << int{c.type};
-}
-
 TEST(FruArea, DatesCountMinutesFrom1996) {
   const struct {
     std::uint32_t minutes;
