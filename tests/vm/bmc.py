@@ -13,7 +13,7 @@ MODULES = ["ipmi_si", "ipmi_devintf"]  # they give the guest /dev/ipmi0
 _CONFIGURATION = """name "bmc"
 set_working_mc 0x20
   serial 15 127.0.0.1 {port} codec VM
-  loadlib "{module}" "{reply}"
+  loadlib "{module}" "{options}"
 """
 
 _COMMANDS = """mc_setbmc 0x20
@@ -24,18 +24,23 @@ mc_enable 0x20
 
 class Bmc:
     """Answers Master Write-Read with the bytes of `reply` (hex pairs, completion code first), and
-    all that a BMC must know as ipmi_sim does; without bytes it is deaf from that command on. Lives
-    as long as its with block."""
+    all that a BMC must know as ipmi_sim does; without bytes it is deaf from that command on. With
+    `fru`, its FRU device 0 is these bytes, of which it gives `most` a read. Lives as long as its with
+    block."""
 
-    def __init__(self, module, reply):
-        self._module, self._reply = module, reply
+    def __init__(self, module, reply, fru=None, most=None):
+        self._module, self._reply, self._fru, self._most = module, reply, fru, most
         self._port = _free_port()
 
     def __enter__(self):
         self._folder = tempfile.TemporaryDirectory()
         folder = pathlib.Path(self._folder.name)
+        options = self._reply
+        if self._fru is not None:
+            (folder / "fru").write_bytes(self._fru)
+            options += f" | {self._most} {folder / 'fru'}"
         (folder / "configuration").write_text(
-            _CONFIGURATION.format(port=self._port, module=self._module, reply=self._reply)
+            _CONFIGURATION.format(port=self._port, module=self._module, options=options)
         )
         (folder / "commands").write_text(_COMMANDS)
         self._log = folder / "log"
@@ -69,6 +74,10 @@ class Bmc:
     def requests(self):
         """The data of each Master Write-Read so far, as hex pairs."""
         return re.findall(r"^master write-read: ?(.*)$", self._log.read_text(), re.MULTILINE)
+
+    def refused_reads(self):
+        """The data of each read of the FRU device that was refused, as hex pairs."""
+        return re.findall(r"^refused read: ?(.*)$", self._log.read_text(), re.MULTILINE)
 
     def _await_listening(self):
         for _ in range(100):
