@@ -65,6 +65,8 @@ void setValue(InstanceData& instance, const std::string& name, const TCIMValue& 
   }
 }
 
+constexpr std::size_t kMostRefusals = 1024;  // kinds of calls, of which names are free
+
 // The faults, in the order of their list. A call looks up those that it concerns, as there may be
 // thousands of either.
 class FaultList {
@@ -131,6 +133,20 @@ struct CimNamespace::State {
   std::map<const ClassSchema*, InstanceList> instances;  // by class, in the order added
   std::vector<PublishedInstance> published;
   OnEnumeration onEnumeration;
+  std::vector<RefusedCall> refusedCalls;
+
+  void noteRefusal(CimOperation operation, std::string_view className,
+                   std::string_view propertyName) {
+    const auto known = std::ranges::find_if(refusedCalls, [&](const RefusedCall& call) {
+      return call.operation == operation && call.className == className &&
+             call.propertyName == propertyName;
+    });
+    if (known != refusedCalls.end()) {
+      ++known->count;
+    } else if (refusedCalls.size() < kMostRefusals) {
+      refusedCalls.push_back({operation, std::string(className), std::string(propertyName), 1});
+    }
+  }
 
   // To be called before anything else that a plug-in's call does.
   void meetFaults(CimOperation operation, std::string_view className,
@@ -180,6 +196,19 @@ namespace {
 
 using StatePtr = std::shared_ptr<CimNamespace::State>;
 
+// A plug-in's call: meets its faults, then does what it is for. Keeps note of one that is refused.
+template <class Deed>
+auto called(CimNamespace::State& state, CimOperation operation, std::string_view className,
+            std::string_view propertyName, Deed deed) {
+  try {
+    state.meetFaults(operation, className, propertyName);
+    return deed();
+  } catch (...) {
+    state.noteRefusal(operation, className, propertyName);
+    throw;
+  }
+}
+
 class Property : public ICIMProperty {
  public:
   Property(std::string name, TCIMValue value) : name_(std::move(name)), value_(std::move(value)) {}
@@ -200,23 +229,25 @@ class Instance : public ICIMInstance {
 
   boost::shared_ptr<ICIMProperty> GetProperty(const std::string& name,
                                               const TCIMValueMap& /*qualifiers*/) override {
-    state_->meetFaults(CimOperation::kGetProperty, data_->cimClass->name, name);
-    requireProperty(*data_->cimClass, name);
-    const auto held = findValue(data_->properties, name);
-    return boost::make_shared<Property>(
-        name, held == data_->properties.end() ? TCIMValue() : held->second);
+    return called(*state_, CimOperation::kGetProperty, data_->cimClass->name, name, [&] {
+      requireProperty(*data_->cimClass, name);
+      const auto held = findValue(data_->properties, name);
+      return boost::make_shared<Property>(
+          name, held == data_->properties.end() ? TCIMValue() : held->second);
+    });
   }
 
   void SetProperty(const std::string& name, const TCIMValue& value,
                    const TCIMValueMap& /*qualifiers*/) override {
-    state_->meetFaults(CimOperation::kSetProperty, data_->cimClass->name, name);
-    setValue(*data_, name, value);
+    called(*state_, CimOperation::kSetProperty, data_->cimClass->name, name,
+           [&] { setValue(*data_, name, value); });
   }
 
   void AddToClass(TCIMValueMap /*context*/) override {
-    state_->meetFaults(CimOperation::kAddToClass, data_->cimClass->name);
-    state_->addToClass(data_);
-    state_->published.push_back({std::string(data_->cimClass->name), data_->properties});
+    called(*state_, CimOperation::kAddToClass, data_->cimClass->name, {}, [&] {
+      state_->addToClass(data_);
+      state_->published.push_back({std::string(data_->cimClass->name), data_->properties});
+    });
   }
 
  private:
@@ -233,8 +264,8 @@ class Class : public ICIMClass {
 
   void GetInstances(const boost::function<bool(boost::shared_ptr<ICIMInstance>)>& callback,
                     bool deep, const TCIMValueMap& /*context*/) override {
-    state_->meetFaults(CimOperation::kEnumerateInstances, name_);
-    state_->requirePresent(*schema_);
+    called(*state_, CimOperation::kEnumerateInstances, name_, {},
+           [&] { state_->requirePresent(*schema_); });
     // A list of its own, as the callback may add to the class.
     for (const auto& data : state_->instancesOf(*schema_, deep)) {
       if (!callback(boost::make_shared<Instance>(state_, data))) return;
@@ -242,10 +273,11 @@ class Class : public ICIMClass {
   }
 
   boost::shared_ptr<ICIMInstance> CreateInstance() override {
-    state_->meetFaults(CimOperation::kCreateInstance, name_);
-    state_->requirePresent(*schema_);
-    requireConcrete(*schema_);
-    return boost::make_shared<Instance>(state_, std::make_shared<InstanceData>(*schema_));
+    return called(*state_, CimOperation::kCreateInstance, name_, {}, [&] {
+      state_->requirePresent(*schema_);
+      requireConcrete(*schema_);
+      return boost::make_shared<Instance>(state_, std::make_shared<InstanceData>(*schema_));
+    });
   }
 
  private:
@@ -257,17 +289,23 @@ class Class : public ICIMClass {
 }  // namespace
 
 CimNamespace::CimNamespace(std::vector<std::string> missingClasses, std::vector<Fault> faults)
-    : state_(std::make_shared<State>(State{
-          currentSchema(), std::move(missingClasses), FaultList(std::move(faults)), {}, {}, {}})) {}
+    : state_(std::make_shared<State>(State{currentSchema(),
+                                           std::move(missingClasses),
+                                           FaultList(std::move(faults)),
+                                           {},
+                                           {},
+                                           {},
+                                           {}})) {}
 
 CimNamespace::~CimNamespace() = default;
 
 boost::shared_ptr<ICIMClass> CimNamespace::GetClass(const std::string& name,
                                                     TCIMValueMap /*context*/) {
-  state_->meetFaults(CimOperation::kGetClass, name);
-  const ClassSchema& found = requireClass(*state_->schema, name);
-  state_->requirePresent(found);
-  return boost::make_shared<Class>(state_, found);
+  return called(*state_, CimOperation::kGetClass, name, {}, [&] {
+    const ClassSchema& found = requireClass(*state_->schema, name);
+    state_->requirePresent(found);
+    return boost::make_shared<Class>(state_, found);
+  });
 }
 
 boost::shared_ptr<ICIMClass> CimNamespace::requestClass(const std::string& name) {
@@ -299,6 +337,18 @@ std::vector<PublishedInstance> CimNamespace::takePublished(std::size_t from) {
                                        std::make_move_iterator(published.end()));
   published.erase(first, published.end());
   return taken;
+}
+
+std::vector<RefusedCall> CimNamespace::takeRefusedCalls() {
+  return std::exchange(state_->refusedCalls, {});
+}
+
+std::vector<PublishedInstance> CimNamespace::instancesOf(const std::string& className) const {
+  std::vector<PublishedInstance> rows;
+  const auto held = state_->instances.find(&requireClass(*state_->schema, className));
+  if (held == state_->instances.end()) return rows;
+  for (const auto& instance : held->second) rows.push_back({className, instance->properties});
+  return rows;
 }
 
 std::size_t CimNamespace::publishedCount() const { return state_->published.size(); }

@@ -92,6 +92,8 @@ void setSmbiosTable(std::optional<SmbiosTable> table) {
   currentTable() = table ? std::make_shared<const SmbiosTable>(*std::move(table)) : nullptr;
 }
 
+std::shared_ptr<const SmbiosTable> smbiosTable() { return currentTable(); }
+
 }  // namespace host
 
 }  // namespace NKRXVEL20

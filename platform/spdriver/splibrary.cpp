@@ -59,6 +59,12 @@ std::map<Bytes, std::int32_t> componentsAsked() {
   return current() ? current()->componentsAsked() : std::map<Bytes, std::int32_t>{};
 }
 
+DriverUse driverUse() { return current() ? current()->use() : DriverUse{}; }
+
+void forgetDriverUse() {
+  if (current()) current()->forgetUse();
+}
+
 }  // namespace host
 
 }  // namespace NKRXVEL20

@@ -13,6 +13,7 @@ namespace {
 constexpr int kComponentKeySize = 4;
 constexpr std::size_t kTamberReplySize = 255;
 constexpr std::int64_t kTamberHeaderSize = 3;
+constexpr std::ptrdiff_t kLongestTallyReply = kTallyReplySize;
 
 // A library only reports a length, and that may be wrong on purpose. So what the caller's buffer
 // got is as much as the length says and at least all that is new in it.
@@ -36,7 +37,38 @@ std::size_t bytesUpToZeros(std::span<const unsigned char> buffer) {
   return static_cast<std::size_t>(buffer.rend() - last);
 }
 
+void count(const TrafficEntry& entry, CommandTally& tally) {
+  ++tally.sent;
+  tally.refused += entry.answered ? 0 : 1;
+  tally.answered = entry.answered;
+  if (!entry.answered) return;
+  const auto end = entry.reply.begin() + std::min(std::ssize(entry.reply), kLongestTallyReply);
+  tally.reply.assign(entry.reply.begin(), end);
+}
+
 }  // namespace
+
+// Null for one more than are counted.
+CommandTally* TrafficRecorder::tallyOf(const TrafficEntry& entry) {
+  auto& commands = use_.commands;
+  const auto found = tallies_.find({entry.kind, entry.sp, entry.command});
+  if (found != tallies_.end()) return &commands[found->second];
+  if (commands.size() == kMostTallies) return nullptr;
+  tallies_.emplace(std::tuple(entry.kind, entry.sp, entry.command), commands.size());
+  return &commands.emplace_back(CommandTally{entry.kind, entry.sp, entry.command});
+}
+
+void TrafficRecorder::forgetUse() {
+  use_ = {};
+  tallies_.clear();
+}
+
+bool TrafficRecorder::record(TrafficEntry entry) {
+  const bool answered = entry.answered;
+  if (CommandTally* const tally = tallyOf(entry)) count(entry, *tally);
+  if (keepsTraffic_) traffic_.push_back(std::move(entry));
+  return answered;
+}
 
 int TrafficRecorder::getComponentdotCmdList(unsigned char* command, int commandLength,
                                             unsigned char* list0, unsigned char* list1,
@@ -50,23 +82,6 @@ int TrafficRecorder::getComponentdotCmdList(unsigned char* command, int commandL
 
 bool TrafficRecorder::sendDotCommand(dotCmd* command, unsigned char* reply, int* replyLength,
                                      int spIndex, int bufferSize) {
-  return keepsTraffic_ ? recordDotCommand(command, reply, replyLength, spIndex, bufferSize)
-                       : library_->sendDotCommand(command, reply, replyLength, spIndex, bufferSize);
-}
-
-bool TrafficRecorder::sendTamberCommand(TamberCmd* command, int* replyLength,
-                                        unsigned char* reply) {
-  return keepsTraffic_ ? recordTamberCommand(command, replyLength, reply)
-                       : library_->sendTamberCommand(command, replyLength, reply);
-}
-
-bool TrafficRecorder::sendIPMICommand(unsigned char* bytes, int* length, int capacity, bool wait) {
-  return keepsTraffic_ ? recordIPMICommand(bytes, length, capacity, wait)
-                       : library_->sendIPMICommand(bytes, length, capacity, wait);
-}
-
-bool TrafficRecorder::recordDotCommand(dotCmd* command, unsigned char* reply, int* replyLength,
-                                       int spIndex, int bufferSize) {
   TrafficEntry entry;
   entry.kind = TrafficEntry::Kind::kDotCommand;
   entry.sp = spIndex;
@@ -81,12 +96,11 @@ bool TrafficRecorder::recordDotCommand(dotCmd* command, unsigned char* reply, in
     entry.length = *replyLength;
     entry.reply = bytesGot(buffer, changedBytes(buffer, before), entry.length);
   }
-  traffic_.push_back(entry);
-  return entry.answered;
+  return record(std::move(entry));
 }
 
-bool TrafficRecorder::recordTamberCommand(TamberCmd* command, int* replyLength,
-                                          unsigned char* reply) {
+bool TrafficRecorder::sendTamberCommand(TamberCmd* command, int* replyLength,
+                                        unsigned char* reply) {
   TrafficEntry entry;
   entry.kind = TrafficEntry::Kind::kTamberCommand;
   entry.command = command->command;
@@ -100,12 +114,10 @@ bool TrafficRecorder::recordTamberCommand(TamberCmd* command, int* replyLength,
     entry.length = *replyLength;
     entry.reply = bytesGot(buffer, changedBytes(buffer, before), kTamberHeaderSize + entry.length);
   }
-  traffic_.push_back(entry);
-  return entry.answered;
+  return record(std::move(entry));
 }
 
-bool TrafficRecorder::recordIPMICommand(unsigned char* bytes, int* length, int capacity,
-                                        bool wait) {
+bool TrafficRecorder::sendIPMICommand(unsigned char* bytes, int* length, int capacity, bool wait) {
   TrafficEntry entry;
   entry.kind = TrafficEntry::Kind::kIpmiCommand;
   const std::span<const unsigned char> buffer = ipmiBuffer(bytes, capacity);
@@ -116,8 +128,7 @@ bool TrafficRecorder::recordIPMICommand(unsigned char* bytes, int* length, int c
     entry.length = *length;
     entry.reply = bytesGot(buffer, bytesUpToZeros(buffer), entry.length);
   }
-  traffic_.push_back(entry);
-  return entry.answered;
+  return record(std::move(entry));
 }
 
 }  // namespace NKRXVEL20::host

@@ -40,6 +40,16 @@ struct Fault {
 // Property values in the order in which each was first set.
 using PropertyList = std::vector<std::pair<std::string, TCIMValue>>;
 
+// A call of a plug-in's that ended in an exception.
+struct RefusedCall {
+  CimOperation operation = CimOperation::kGetClass;
+  std::string className;
+  std::string propertyName;  // of get_property and set_property
+  unsigned count = 0;        // how often
+
+  friend bool operator==(const RefusedCall&, const RefusedCall&) = default;
+};
+
 struct PublishedInstance {
   std::string className;
   PropertyList properties;
@@ -77,6 +87,13 @@ class VEL_API CimNamespace : public ICIMNamespace {
   // added behind the first so many.
   std::vector<PublishedInstance> takePublished(std::size_t from = 0);
   std::size_t publishedCount() const;
+
+  // The calls that were refused since the last call, each kind of call once, at most 1024.
+  std::vector<RefusedCall> takeRefusedCalls();
+
+  // What enumerating the class gives, without the instances of classes that derive from it. Meets no
+  // fault and asks no other plug-in.
+  std::vector<PublishedInstance> instancesOf(const std::string& className) const;
 
   struct State;  // shared with the classes and instances handed out, which may outlive this object
 

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <span>
 #include <stdexcept>
@@ -30,6 +31,9 @@ struct SmbiosTable {
 // The table that smBiosLoad opens; nullopt: the library cannot be opened (status 1). Handles that
 // are open keep the table that they were opened on.
 VEL_API void setSmbiosTable(std::optional<SmbiosTable> table);
+
+// The one that is set now; null: none.
+VEL_API std::shared_ptr<const SmbiosTable> smbiosTable();
 
 struct TableLimits {
   std::optional<std::size_t> structureCount;  // from a 32-bit entry point

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -115,5 +116,36 @@ VEL_API std::vector<TrafficEntry> takeTraffic();
 
 // The component counts that were asked for since setSPLibrary, by the first four command bytes.
 VEL_API std::map<Bytes, std::int32_t> componentsAsked();
+
+// What a command came to, over all the times that it was sent. The data of dot and Tamber commands are
+// not told apart, as one data set stands in for another.
+struct CommandTally {
+  TrafficEntry::Kind kind = TrafficEntry::Kind::kDotCommand;
+  int sp = 0;          // dot commands
+  Bytes command = {};  // as TrafficEntry has it
+  unsigned sent = 0;
+  unsigned refused = 0;   // of these
+  bool answered = false;  // the last time
+  Bytes reply = {};       // the last one, cut to kTallyReplySize
+};
+
+inline constexpr std::size_t kTallyReplySize = 64;
+inline constexpr std::size_t kMostTallies = 65536;  // further commands are not counted
+
+// What plug-ins asked of the SP driver; nullopt: they did not ask.
+struct DriverUse {
+  std::optional<bool> isDotCommand;
+  std::optional<bool> answers;
+  std::optional<bool> isTamber;
+  std::optional<bool> hasTvmLibrary;
+  std::optional<bool> hasBmc;
+  std::optional<bool> hasIpmiDrivers;
+  std::optional<bool> hasCommandList;
+  std::vector<CommandTally> commands;  // in the order in which each was sent first
+};
+
+// Since setSPLibrary or forgetDriverUse, whether traffic is kept or not.
+VEL_API DriverUse driverUse();
+VEL_API void forgetDriverUse();
 
 }  // namespace NKRXVEL20::host

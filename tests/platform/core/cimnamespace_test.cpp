@@ -506,5 +506,43 @@ TEST(CimNamespace, WhatWasPublishedIsTakenFromAPlaceOn) {
   EXPECT_THAT(ns->takePublished(), ElementsAre(PublishedInstance{"KRXSG_USBDevice", {}}));
 }
 
+TEST(CimNamespace, TellsWhichCallsItRefused) {
+  const auto ns = makeNamespace({"KRXSG_IPMIFRU"},
+                                {{CimOperation::kSetProperty, "KRXSG_Vpd", "Vendor", 1, false},
+                                 {CimOperation::kAddToClass, "KRXSG_Vpd", "", {}, true}});
+  const auto vpd = newInstance(ns, "KRXSG_Vpd");
+  EXPECT_THAT(ns->takeRefusedCalls(), IsEmpty());
+  EXPECT_EQ("1", outcome([&] { vpd->SetProperty("Vendor", TCIMValue("V"), {}); }));
+  EXPECT_EQ("ok", outcome([&] { vpd->SetProperty("Vendor", TCIMValue("V"), {}); }));
+  EXPECT_EQ("13", outcome([&] { vpd->SetProperty("Vendor", TCIMValue(true), {}); }));
+  EXPECT_EQ("runtime_error", outcome([&] { vpd->AddToClass({}); }));
+  EXPECT_EQ("5", outcome([&] { ns->GetClass("KRXSG_IPMIFRU", {}); }));
+  EXPECT_EQ("5", outcome([&] { ns->requestClass("KRXSG_IPMIFRU")->CreateInstance(); }));
+  EXPECT_THAT(ns->takeRefusedCalls(),
+              ElementsAre(RefusedCall{CimOperation::kSetProperty, "KRXSG_Vpd", "Vendor", 2},
+                          RefusedCall{CimOperation::kAddToClass, "KRXSG_Vpd", "", 1},
+                          RefusedCall{CimOperation::kGetClass, "KRXSG_IPMIFRU", "", 1},
+                          RefusedCall{CimOperation::kCreateInstance, "KRXSG_IPMIFRU", "", 1}));
+  EXPECT_THAT(ns->takeRefusedCalls(), IsEmpty());
+}
+
+TEST(CimNamespace, KeepsNoEndlessListOfRefusedCalls) {
+  const auto ns = makeNamespace();
+  for (int i = 0; i < 2000; ++i) outcome([&] { ns->GetClass("No_" + std::to_string(i), {}); });
+  EXPECT_EQ(1024U, ns->takeRefusedCalls().size());
+}
+
+TEST(CimNamespace, ShowsTheHostTheInstancesOfAClass) {
+  const auto ns = makeNamespace({}, {{CimOperation::kEnumerateInstances, "", "", {}, false}});
+  EXPECT_THAT(ns->instancesOf("KRXSG_USBDevice"), IsEmpty());
+  ns->addCompanion("KRXSG_USBDevice", {{"Description", TCIMValue("a")}});
+  newInstance(ns, "KRXSG_USBDevice")->AddToClass({});
+  EXPECT_THAT(ns->instancesOf("KRXSG_USBDevice"),
+              ElementsAre(PublishedInstance{"KRXSG_USBDevice", {{"Description", TCIMValue("a")}}},
+                          PublishedInstance{"KRXSG_USBDevice", {}}));
+  ns->forget("KRXSG_USBDevice");
+  EXPECT_THAT(ns->instancesOf("KRXSG_USBDevice"), IsEmpty());
+}
+
 }  // namespace
 }  // namespace NKRXVEL20::host

@@ -176,6 +176,14 @@ TEST_F(StructureReader, OpenHandlesKeepTheirTable) {
   EXPECT_EQ(first(0), (Read{0, kBios}));
 }
 
+TEST_F(StructureReader, ShowsTheHostTheTableThatIsSet) {
+  host::setSmbiosTable(kMixed);
+  ASSERT_NE(host::smbiosTable(), nullptr);
+  EXPECT_EQ(host::smbiosTable()->structures.size(), kMixed.structures.size());
+  host::setSmbiosTable(std::nullopt);
+  EXPECT_EQ(host::smbiosTable(), nullptr);
+}
+
 TEST_F(StructureReader, HandlesWalkByThemselves) {
   load(kMixed);
   TSmBiosHandle* other = nullptr;

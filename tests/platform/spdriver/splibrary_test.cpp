@@ -75,6 +75,8 @@ TEST_F(Instance, NoneUntilItIsSet) {
   EXPECT_EQ(SPLibrary::GetSplibraryInstance(0), nullptr);
   EXPECT_TRUE(host::takeTraffic().empty());
   EXPECT_TRUE(host::componentsAsked().empty());
+  EXPECT_TRUE(host::driverUse().commands.empty());
+  host::forgetDriverUse();
 }
 
 TEST_F(Instance, IsOneForTheProcess) {
@@ -120,6 +122,9 @@ TEST_F(Instance, TrafficThatIsForgottenIsAnsweredAllTheSame) {
   askComponent();
   EXPECT_TRUE(host::takeTraffic().empty());
   EXPECT_EQ(host::componentsAsked().size(), 1U);
+  EXPECT_EQ(host::driverUse().commands.size(), 3U);
+  host::forgetDriverUse();
+  EXPECT_TRUE(host::driverUse().commands.empty());
 }
 
 TEST_F(Instance, SettingForgetsEarlierTraffic) {

@@ -156,6 +156,72 @@ TEST(TrafficRecorder, ComponentsAskedGoByFourBytes) {
             (std::map<Bytes, std::int32_t>{{{4, 3, 5, 0x0B}, 4}, {{4, 3, 5, 0x0C}, -1}}));
 }
 
+// "SP COMMAND sent/refused last reply", for each command.
+std::vector<std::string> talliesOf(const TrafficRecorder& recorder) {
+  std::vector<std::string> lines;
+  for (const CommandTally& tally : recorder.use().commands) {
+    std::string line = std::to_string(tally.sp) + ' ' + std::to_string(tally.command.size()) +
+                       " bytes " + std::to_string(tally.sent) + '/' + std::to_string(tally.refused);
+    lines.push_back(line + (tally.answered ? " answered " : " refused ") +
+                    std::to_string(tally.reply.size()));
+  }
+  return lines;
+}
+
+void sendDot(TrafficRecorder& recorder, int sp, const Bytes& command, const Bytes& data) {
+  dotCmd request(2, static_cast<int>(command.size()), static_cast<int>(data.size()), command.data(),
+                 data.data());
+  Bytes buffer(100);
+  int length = 0;
+  recorder.sendDotCommand(&request, buffer.data(), &length, sp, 100);
+}
+
+TEST(TrafficRecorder, CountsEachCommandWhateverItsData) {
+  TrafficRecorder recorder =
+      recorderOf(SPKind::kDotCommand, {kFails, replyOf(Bytes(70, 1)), kFails});
+  sendDot(recorder, 1, {4, 3}, {});
+  sendDot(recorder, 1, {4, 3}, {7});
+  EXPECT_EQ(talliesOf(recorder), (std::vector<std::string>{"1 2 bytes 2/1 answered 64"}));
+  sendDot(recorder, 1, {4, 3}, {7});
+  sendDot(recorder, 0, {4, 3}, {});
+  EXPECT_EQ(talliesOf(recorder),
+            (std::vector<std::string>{"1 2 bytes 3/2 refused 64", "0 2 bytes 1/1 refused 0"}));
+  recorder.forgetUse();
+  sendDot(recorder, 0, {4, 3}, {});
+  EXPECT_EQ(talliesOf(recorder), (std::vector<std::string>{"0 2 bytes 1/1 refused 0"}));
+}
+
+TEST(TrafficRecorder, CountsNoMoreCommandsThanItKeeps) {
+  TrafficRecorder recorder = recorderOf(SPKind::kDotCommand, {kFails});
+  for (int sp = 0; sp < static_cast<int>(kMostTallies) + 3; ++sp) sendDot(recorder, sp, {4}, {});
+  sendDot(recorder, 0, {4}, {});
+  EXPECT_EQ(recorder.use().commands.size(), kMostTallies);
+  EXPECT_EQ(recorder.use().commands.front().sent, 2U);
+}
+
+TEST(TrafficRecorder, KeepsTheFactsThatWereAskedFor) {
+  TrafficRecorder recorder = recorderOf(SPKind::kDotCommand, {kFails});
+  EXPECT_EQ(recorder.use().isDotCommand, std::nullopt);
+  recorder.isDotcommand();
+  recorder.isTamber();
+  EXPECT_EQ(recorder.use().isDotCommand, true);
+  EXPECT_EQ(recorder.use().isTamber, false);
+  EXPECT_EQ(recorder.use().answers, std::nullopt);
+  recorder.checkSPComm();
+  recorder.isTvmlibrary();
+  recorder.IsBMCMachine();
+  recorder.IsIPMIDriversPresent();
+  Bytes list(4096);
+  recorder.buildDotCommandList(list.data(), list.data(), list.data());
+  EXPECT_EQ(recorder.use().answers, true);
+  EXPECT_EQ(recorder.use().hasTvmLibrary, false);
+  EXPECT_EQ(recorder.use().hasBmc, false);
+  EXPECT_EQ(recorder.use().hasIpmiDrivers, false);
+  EXPECT_EQ(recorder.use().hasCommandList, true);
+  recorder.forgetUse();
+  EXPECT_EQ(recorder.use().answers, std::nullopt);
+}
+
 TEST(TrafficRecorder, TrafficStaysInOrder) {
   TrafficRecorder recorder = recorderOf(SPKind::kDotCommand, {replyOf({1})});
   dotCmd dot(2, 0, 0, nullptr, nullptr);
