@@ -52,7 +52,7 @@ bool CollectorSet::load(const std::filesystem::path& file) {
     collectors_.emplace_back(loader_, file);
     return true;
   } catch (const std::exception& error) {
-    notLoaded_.push_back(file);
+    notLoaded_.push_back({file, error.what()});
     failures_.emplace_back(error.what());
     return false;
   }
@@ -62,8 +62,20 @@ Collector* CollectorSet::loadedFrom(const std::filesystem::path& file, const std
   if (!load(file)) return nullptr;
   Collector& collector = collectors_.back();
   if (collector.identity().name == name) return &collector;
-  failures_.push_back(file.string() + ": it is looked for as " + name + " and calls itself " +
-                      collector.identity().name);
+  const std::string reason = file.string() + ": it is looked for as " + name +
+                             " and calls itself " + collector.identity().name;
+  misnamed_.push_back({file, reason});
+  failures_.push_back(reason);
+  return nullptr;
+}
+
+const std::string* CollectorSet::whyNotLoaded(const std::string& name) const {
+  for (const auto* const files : {&notLoaded_, &misnamed_}) {
+    const auto found = std::ranges::find_if(*files, [&](const NotLoaded& candidate) {
+      return candidate.file.filename() == fileOf(name);
+    });
+    if (found != files->end()) return &found->reason;
+  }
   return nullptr;
 }
 

@@ -52,8 +52,14 @@ class CollectorSet {
 
   const std::deque<Collector>& loaded() const { return collectors_; }
 
-  // The files that could not be loaded.
-  const std::vector<std::filesystem::path>& notLoaded() const { return notLoaded_; }
+  struct NotLoaded {
+    std::filesystem::path file;
+    std::string reason;
+  };
+  const std::vector<NotLoaded>& notLoaded() const { return notLoaded_; }
+
+  // Why the collector of that name could not be loaded; null: nothing was wrong with it.
+  const std::string* whyNotLoaded(const std::string& name) const;
 
   // The first that was to be loaded in any case; null when none was.
   const PluginIdentity* first() const {
@@ -73,7 +79,8 @@ class CollectorSet {
   CollectorFiles files_;
   std::deque<Collector> collectors_;  // pointers to them stay good
   std::vector<Collector*> loadedAnyway_;
-  std::vector<std::filesystem::path> notLoaded_;
+  std::vector<NotLoaded> notLoaded_;
+  std::vector<NotLoaded> misnamed_;  // loaded, but no use under the name that they were looked for
   std::vector<std::string> failures_;
 };
 

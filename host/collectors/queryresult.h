@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "host/collectors/classstate.h"
+#include "host/reasons/classstate.h"
 #include "velhost/cimnamespace.h"
 #include "velhost/log.h"
 #include "velhost/spdriver.h"

@@ -7,7 +7,9 @@
 #include <iterator>
 #include <utility>
 
+#include "host/collectors/classfailure.h"
 #include "host/collectors/requesterror.h"
+#include "host/reasons/words.h"
 #include "vel/exception.h"
 #include "vel/log.h"
 #include "vel/rootobject.h"
@@ -50,7 +52,9 @@ QueryRun::PlatformGuard::~PlatformGuard() {
 }
 
 QueryRun::QueryRun(Machine machine, RunOptions options)
-    : options_(std::move(options)), listed_(machine.collectors.begin(), machine.collectors.end()) {
+    : options_(std::move(options)),
+      witness_(machine),
+      listed_(machine.collectors.begin(), machine.collectors.end()) {
   context_.machineSource = machine.source;
   context_.machineName = machine.name;
   installPlatform(machine);
@@ -130,31 +134,69 @@ bool QueryRun::publishKnown(const Question& question, QueryResult& result) {
   const auto rows = known.find(name);
   if (rows == known.end()) return false;
   result.instances.insert(result.instances.end(), rows->second.begin(), rows->second.end());
+  witness_.sawOutcome(
+      {std::string(host::findClass(name)->provider), failedAside_[name], question.isGiven, {}});
   return true;
+}
+
+// Asks each collector of the question; of several that may serve its class one has to.
+QueryRun::Served QueryRun::askEach(const Question& question, QueryResult& result) {
+  Served served{"", false,
+                RequestError{"TVELException", NKRXVEL20::kErrorClassNotServed,
+                             collectors_->whyNotServed(question.classes.front()), false}};
+  for (Collector* const collector : question.collectors) {
+    const PluginIdentity& identity = collector->identity();
+    if (context_.plugin.name.empty()) context_.plugin = identity;
+    const auto error = answerOf(*collector, question.classes);
+    for (auto& row : namespace_->takePublished()) result.instances.push_back(std::move(row));
+    const bool isRefused = error && error->code == NKRXVEL20::kErrorClassNotServed;
+    if (error && !isRefused) note(identity.name, *error, result);
+    if (isRefused && served.isServed) continue;
+    if (served.isServed && !error) continue;  // what another one ended in counts
+    served = {identity.name, !isRefused, error};
+  }
+  return served;
+}
+
+// Why the question was refused, and which collectors were missing for it.
+void QueryRun::noteRefusal(const Question& question, const RequestError& refusal,
+                           QueryResult& result) {
+  note(question.classes.front(), refusal, result);
+  if (!refusal.wasAsked) return;
+  for (const std::string& name : question.classes) {
+    if (collectors_->isLeftOut(name)) failures_.push_back(collectors_->whyNotServed(name));
+  }
+}
+
+// Why each class of the question got no answer; empty where it got one. One whose own collector could
+// not be loaded failed for that, whoever was asked in its place.
+std::vector<std::string> QueryRun::failuresOf(const Question& question, const Served& served,
+                                              const QueryResult& result) {
+  std::set<std::string> published;
+  for (const auto& row : result.instances) published.insert(row.className);
+  std::vector<std::string> failures(question.classes.size());
+  if (served.error) {
+    failures = classFailures(question.classes, published, served.collector, *served.error);
+  }
+  for (std::size_t i = 0; i < failures.size(); ++i) {
+    const std::string provider(host::findClass(question.classes[i])->provider);
+    const std::string* const why = collectors_->whyNotLoaded(provider);
+    if (!failures[i].empty() && why != nullptr) failures[i] = *why;
+  }
+  return failures;
 }
 
 void QueryRun::ask(const Question& question, QueryResult& result) {
   if (publishKnown(question, result)) return;
   asked_.insert(question.classes.begin(), question.classes.end());
-  RequestError refusal{"TVELException", NKRXVEL20::kErrorClassNotServed,
-                       collectors_->whyNotServed(question.classes.front()), false};
-  bool isServed = false;  // of several that may serve the class one has to
-  for (Collector* const collector : question.collectors) {
-    if (context_.plugin.name.empty()) context_.plugin = collector->identity();
-    const auto error = answerOf(*collector, question.classes);
-    for (auto& row : namespace_->takePublished()) result.instances.push_back(std::move(row));
-    if (error && error->code == NKRXVEL20::kErrorClassNotServed) {
-      refusal = *error;
-    } else {
-      isServed = true;
-      if (error) note(collector->identity().name, *error, result);
-    }
-  }
-  if (isServed) return;
-  note(question.classes.front(), refusal, result);
-  if (!refusal.wasAsked) return;
-  for (const std::string& name : question.classes) {
-    if (collectors_->isLeftOut(name)) failures_.push_back(collectors_->whyNotServed(name));
+  const Served served = askEach(question, result);
+  if (!served.isServed) noteRefusal(question, *served.error, result);
+  const auto failures = failuresOf(question, served, result);
+  for (std::size_t i = 0; i < failures.size(); ++i) {
+    const bool isRefused = !served.isServed && !failures[i].empty();
+    const std::string provider(host::findClass(question.classes[i])->provider);
+    witness_.sawOutcome(
+        {isRefused && !provider.empty() ? provider : served.collector, failures[i], false, {}});
   }
 }
 
@@ -169,14 +211,25 @@ std::optional<RequestError> QueryRun::answerOf(Collector& collector,
     error = describeCurrentException();
   }
   asking_.pop_back();
+  witness_.sawAnswer(collector.identity(), error);
   return error;
+}
+
+void QueryRun::noteMissing(const std::string& provider) {
+  if (const std::string* const why = collectors_->whyNotLoaded(provider)) {
+    witness_.sawFailure(provider, *why);
+  } else {
+    witness_.sawNone(provider);
+  }
 }
 
 // False for a collector whose own question leads back to it.
 bool QueryRun::collectOnDemand(const std::string& className) {
   const std::string provider(host::findClass(className)->provider);
+  if (!asking_.empty()) witness_.sawEnumeration(className);
   if (asking_.empty() || provider.empty() || given_.contains(className)) return true;
   Collector* const collector = collectors_->named(provider);
+  if (collector == nullptr) noteMissing(provider);
   if (collector == nullptr || asking_.back() == collector) return true;
   if (std::ranges::find(asking_, collector) != asking_.end()) {
     NKRXVEL20::TRootObject::GetCoreLogger().Log(
@@ -193,8 +246,10 @@ void QueryRun::askAside(Collector& collector, const std::string& className) {
   const std::size_t before = namespace_->publishedCount();
   asked_.insert(className);
   if (const auto error = answerOf(collector, {className})) {
-    failures_.push_back(collector.identity().name + ", asked for " + className + ": " +
-                        errorText(*error));
+    const std::string& name = collector.identity().name;
+    failures_.push_back(name + ", asked for " + className + ": " + errorText(*error));
+    failedAside_[className] = endText(name, *error);
+    witness_.sawFailure(name, failedAside_[className]);
   }
   collectedAside_[className] = namespace_->takePublished(before);
 }
@@ -217,13 +272,23 @@ void QueryRun::restart() {
   }
 }
 
+void QueryRun::conclude(QueryResult& result) {
+  witness_.conclude(*namespace_, result);
+  for (const auto& [file, reason] : collectors_->notLoaded()) {
+    result.collectors.push_back({file.filename().string(), "", false, reasonLine(reason)});
+  }
+}
+
 QueryResult QueryRun::request(const std::vector<std::string>& classes, bool init) {
   QueryResult result;
   result.requested = classes;
   asked_.clear();
   collectedAside_.clear();
+  failedAside_.clear();
+  witness_.begin(init);
   if (init) restart();
   for (const Question& question : questionsOf(classes)) ask(question, result);
+  conclude(result);
   result.failures = collectors_->takeFailures();
   std::ranges::move(std::exchange(failures_, {}), std::back_inserter(result.failures));
   result.coreLog = std::exchange(coreLog_, {});

@@ -13,6 +13,7 @@
 
 #include "host/collectors/collectorset.h"
 #include "host/collectors/queryresult.h"
+#include "host/collectors/witness.h"
 #include "host/machine/machine.h"
 #include "velhost/log.h"
 
@@ -58,18 +59,29 @@ class QueryRun {
     std::vector<Collector*> collectors;
     std::vector<std::string> classes;
   };
+  struct Served {
+    std::string collector;  // that answered, or refused; empty: none was asked
+    bool isServed = false;
+    std::optional<RequestError> error;
+  };
   using Rows = std::vector<NKRXVEL20::host::PublishedInstance>;
 
   void installPlatform(Machine& machine);
   std::vector<Question> questionsOf(const std::vector<std::string>& classes);
   void ask(const Question& question, QueryResult& result);
   bool publishKnown(const Question& question, QueryResult& result);
+  Served askEach(const Question& question, QueryResult& result);
+  void noteRefusal(const Question& question, const RequestError& refusal, QueryResult& result);
+  std::vector<std::string> failuresOf(const Question& question, const Served& served,
+                                      const QueryResult& result);
   std::optional<RequestError> answerOf(Collector& collector,
                                        const std::vector<std::string>& classes);
   void note(const std::string& whose, const RequestError& error, QueryResult& result);
   void restart();
   bool collectOnDemand(const std::string& className);
   void askAside(Collector& collector, const std::string& className);
+  void noteMissing(const std::string& provider);
+  void conclude(QueryResult& result);
 
   // From the outside in: what is installed first is taken away last.
   struct PlatformGuard {
@@ -81,6 +93,7 @@ class QueryRun {
 
   RunOptions options_;
   QueryContext context_;
+  Witness witness_;
   std::vector<NKRXVEL20::host::LogEntry> coreLog_;
   std::vector<NKRXVEL20::host::LogEntry> failureLog_;
   std::map<std::string, Rows> given_;  // by the machine's file, in place of a collector
@@ -92,8 +105,9 @@ class QueryRun {
   std::vector<Collector*> asking_;  // each of them by the one before it
 
   // Of the request that is being made.
-  std::set<std::string> asked_;                 // classes that their collector was asked for
-  std::map<std::string, Rows> collectedAside_;  // what other collectors needed first
+  std::set<std::string> asked_;                     // classes that their collector was asked for
+  std::map<std::string, Rows> collectedAside_;      // what other collectors needed first
+  std::map<std::string, std::string> failedAside_;  // why, by class
   std::vector<std::string> failures_;
 };
 

@@ -30,7 +30,7 @@ std::string collectorList(const CollectorSet& collectors) {
   for (const Collector& collector : collectors.loaded()) {
     text += headLine(collector) + classLines(collector.identity().name);
   }
-  for (const auto& file : collectors.notLoaded()) {
+  for (const auto& [file, reason] : collectors.notLoaded()) {
     text += "not loaded: " + visible(file.string()) + '\n';
   }
   return text;

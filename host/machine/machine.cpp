@@ -47,18 +47,22 @@ Machine liveMachine(const std::filesystem::path& smbiosFolder, host::LiveIpmi ip
   Machine machine;
   machine.source = "live";
   machine.name = hostName();
-  std::vector<RefusedSource> refused;
+  RefusedSources& refused = machine.refused;
   try {
     machine.smbios = host::readLiveTables(smbiosFolder);
   } catch (const host::LiveSmbiosError& error) {
-    refused.push_back({error.what(), isForbidden(error.error)});
+    refused.smbios = {error.what(), isForbidden(error.error)};
   }
   machine.sp = std::move(ipmi.library);
   machine.silence = std::move(ipmi.silence);
   if (!ipmi.refusedDevice.empty()) {
-    refused.push_back({ipmi.refusedDevice + ": Permission denied", true});
+    refused.ipmi = {ipmi.refusedDevice + ": Permission denied", true};
   }
-  if (!refused.empty()) machine.unreadable.push_back(refusalLine(refused));
+  std::vector<RefusedSource> all;
+  for (const auto& source : {refused.smbios, refused.ipmi}) {
+    if (source) all.push_back(*source);
+  }
+  if (!all.empty()) machine.unreadable.push_back(refusalLine(all));
   return machine;
 }
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "host/machine/machinefile.h"
+#include "host/machine/refusedsource.h"
 #include "vel/splibrary.h"
 #include "velhost/spdriver.h"
 
@@ -27,6 +28,7 @@ struct Machine {
   std::vector<std::string> collectors;    // that a file lists besides the firmware collector
   std::vector<std::string> missingClasses;
   std::vector<NKRXVEL20::host::Fault> faults;
+  RefusedSources refused;               // of the live machine
   std::vector<std::string> unreadable;  // lines that say what to do about it
   // Of the live machine: that its BMC owes an answer, as soon as it does.
   std::shared_ptr<const std::optional<NKRXVEL20::host::SilentBmc>> silence;

@@ -3,6 +3,7 @@
 // What of the live machine could not be read although a person could put that right.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,12 @@ namespace velhost {
 struct RefusedSource {
   std::string what;        // "PATH: the system's reason"
   bool forbidden = false;  // to this user; otherwise there is none
+};
+
+// By what they tell.
+struct RefusedSources {
+  std::optional<RefusedSource> smbios;
+  std::optional<RefusedSource> ipmi;
 };
 
 // One line that names them all and says what to do.

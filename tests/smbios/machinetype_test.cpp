@@ -1,5 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <string_view>
+#include <vector>
+
+#include "smbios/machinetypes.h"
 #include "tests/support/pluginfixture.h"
+#include "velhost/schema.h"
 
 namespace spfirmwarevpd::test {
 namespace {
@@ -24,6 +29,16 @@ TEST_F(MachineTypeTest, EveryListedCodeIsAcKVMMachine) {
                               "3560", "3565", "3670", "3675"}) {
     EXPECT_TRUE(plugin.IscKVMMachine(machine)) << machine;
   }
+}
+
+// The host tells by the schema why other machines have no such instance.
+TEST_F(MachineTypeTest, TheSchemaNamesTheSameMachines) {
+  std::vector<std::string_view> types;
+  for (const auto& qualifier : host::findClass("KRXSG_cKVM")->qualifiers) {
+    if (qualifier.declaration->name != "MachineTypes") continue;
+    types.assign(qualifier.values.begin(), qualifier.values.end());
+  }
+  EXPECT_EQ(types, std::vector(kcKVMMachines.begin(), kcKVMMachines.end()));
 }
 
 TEST_F(MachineTypeTest, OtherCodesAreNot) {

@@ -103,6 +103,86 @@ TEST(Collectors, OneThatDoesNotLoadIsNamedAndTheOthersAnswer) {
   EXPECT_TRUE(result.failures[0].starts_with(kBroken.string() + ": ")) << result.failures[0];
 }
 
+// "CLASS state of COLLECTOR: reason", for each requested class.
+Texts statesOf(const QueryResult& result) {
+  Texts lines;
+  for (const ClassState& state : result.states) {
+    lines.push_back(state.className + ' ' + std::string(stateName(state.state)) + " of " +
+                    state.collector + ": " + state.reason);
+  }
+  return lines;
+}
+
+// "COLLECTOR VERSION answered", or why not.
+Texts answersOf(const QueryResult& result) {
+  Texts lines;
+  for (const CollectorState& state : result.collectors) {
+    lines.push_back(state.name + ' ' + state.version + ' ' +
+                    (state.hasAnswered ? "answered" : state.reason));
+  }
+  return lines;
+}
+
+TEST(Collectors, EachClassHasTheStateThatItsCollectorLeftItIn) {
+  QueryRun run(bareMachine(), with({kDevices, kIpmi}));
+  const QueryResult result = run.request({"KRXSG_Vpd", "KRXSG_USBDevice", "KRXSG_PostBIOSVPD",
+                                          "KRXSG_SystemBIOS", "KRXSG_DeviceDriver", "KRXSG_Vpd"},
+                                         true);
+  EXPECT_EQ(
+      (Texts{
+          "KRXSG_Vpd present of TestPlugin: ", "KRXSG_USBDevice present of DeviceInventory: ",
+          "KRXSG_PostBIOSVPD failed of TestPlugin: TestPlugin ended in std::runtime_error: it "
+          "broke",
+          "KRXSG_SystemBIOS failed of TestPlugin: TestPlugin ended in std::runtime_error: it broke",
+          "KRXSG_DeviceDriver failed of TestPlugin: TestPlugin ended in std::runtime_error: it "
+          "broke",
+          "KRXSG_Vpd partial of TestPlugin: TestPlugin ended in std::runtime_error: it broke"}),
+      statesOf(result));
+  EXPECT_EQ((Texts{"TestPlugin 0.9 it ended in std::runtime_error: it broke",
+                   "DeviceInventory 1.0 answered"}),
+            answersOf(result));
+  const QueryResult next = run.request({"KRXSG_PostBIOSVPD"}, false);
+  EXPECT_EQ((Texts{"KRXSG_PostBIOSVPD unused of TestPlugin: no collector ever fills it"}),
+            statesOf(next));
+  EXPECT_EQ((Texts{"TestPlugin 0.9 answered"}), answersOf(next));
+}
+
+TEST(Collectors, AClassThatIsNotServedIsAFailure) {
+  QueryRun run(bareMachine(), with({}));
+  const QueryResult result = run.request({"KRXSG_Vpd", "KRXSG_USBDevice"}, true);
+  EXPECT_EQ(
+      (Texts{
+          "KRXSG_Vpd present of TestPlugin: ",
+          "KRXSG_USBDevice failed of DeviceInventory: TestPlugin does not serve KRXSG_USBDevice"}),
+      statesOf(result));
+  EXPECT_EQ((Texts{"TestPlugin 0.9 answered"}), answersOf(result));
+}
+
+TEST(Collectors, ACollectorThatDoesNotLoadIsToldOfAndFailsTheClassesThatNeedIt) {
+  QueryRun run(bareMachine(), with({kBroken}));
+  const QueryResult result = run.request({"KRXSG_USBDevice"}, true);
+  ASSERT_EQ(2U, result.collectors.size());
+  EXPECT_EQ("TestPlugin", result.collectors[0].name);
+  EXPECT_EQ("libdeviceinventory.pi.so", result.collectors[1].name);
+  EXPECT_FALSE(result.collectors[1].hasAnswered);
+  EXPECT_TRUE(result.collectors[1].reason.starts_with(kBroken.string() + ": "))
+      << result.collectors[1].reason;
+  EXPECT_TRUE(statesOf(result)[0].starts_with(
+      "KRXSG_USBDevice failed of DeviceInventory: " + kBroken.string() + ": "))
+      << statesOf(result)[0];
+}
+
+TEST(Collectors, WhatWasGivenIsAllThereIs) {
+  Machine machine = bareMachine();
+  machine.collectors = {"DeviceInventory"};
+  machine.givenClasses = {"KRXSG_USBDevice", "KRXSG_TapeDrive"};
+  machine.companions = {{"KRXSG_USBDevice", {{"Description", TCIMValue("given")}}}};
+  QueryRun run(std::move(machine), with({kBroken}));
+  EXPECT_EQ((Texts{"KRXSG_TapeDrive absent of DeviceInventory: the machine file lists none",
+                   "KRXSG_USBDevice present of DeviceInventory: "}),
+            statesOf(run.request({"KRXSG_TapeDrive", "KRXSG_USBDevice"}, true)));
+}
+
 TEST(Collectors, AClassWithoutACollectorShowsTheRefusalOfTheFirst) {
   QueryRun run(bareMachine(), with({}));
   const QueryResult result = run.request({"KRXSG_Vpd", "KRXSG_USBDevice"}, true);

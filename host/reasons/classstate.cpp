@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/collectors/classstate.h"
+#include "host/reasons/classstate.h"
 
 #include <array>
 #include <cstddef>

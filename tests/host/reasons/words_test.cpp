@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/reasons/words.h"
+
+#include <gtest/gtest.h>
+
+namespace velhost {
+namespace {
+
+TEST(Words, NumbersOfTimes) {
+  EXPECT_EQ("once", timesText(1));
+  EXPECT_EQ("twice", timesText(2));
+  EXPECT_EQ("3 times", timesText(3));
+  EXPECT_EQ("0 times", timesText(0));
+}
+
+TEST(Words, OfManyTheFirstIsNamed) {
+  EXPECT_EQ("", listText({}));
+  EXPECT_EQ("a", listText({"a"}));
+  EXPECT_EQ("a or b", listText({"a", "b"}));
+  EXPECT_EQ("a or 2 others", listText({"a", "b", "c"}));
+}
+
+TEST(Words, OutsideTextIsShownAndBounded) {
+  EXPECT_EQ(R"("a\n\x1b")", quoted("a\n\x1b"));
+  EXPECT_EQ("a\\tb", reasonLine("a\tb"));
+  EXPECT_EQ(std::string(240, 'x'), reasonLine(std::string(240, 'x')));
+  EXPECT_EQ(240U, reasonLine(std::string(241, 'x')).size());
+}
+
+}  // namespace
+}  // namespace velhost
