@@ -32,7 +32,8 @@ constexpr char kExamplesAndStatuses[] =
     "  0  answered\n"
     "  1  the plug-in or the framework refused or failed\n"
     "  2  bad usage or bad input; nothing was printed\n"
-    "  3  something of this machine could not be read; the rest was printed\n";
+    "  3  something that should have answered did not, or could not be read; the rest was "
+    "printed\n";
 
 constexpr char kQueryNotes[] =
     "Formats:\n"
@@ -257,6 +258,7 @@ Command parseCommandLine(int argc, const char* const* argv) {
   std::string topic;
   const CLI::App* const isHelp = addHelp(app, topic);
   if (const auto text = parse(app, argc, argv)) return *text;
+  query.hasLogLevel = isQuery->count("--log-level") > 0;
   if (isQuery->parsed()) return query;
   if (isClasses->parsed()) return classes;
   if (isRecord->parsed()) return record;

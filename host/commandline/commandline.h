@@ -24,6 +24,7 @@ struct QueryCommand {
   unsigned repeat = 1;
   bool reinit = false;
   int logLevel = 1;
+  bool hasLogLevel = false;  // it was given
 };
 
 struct ClassesCommand {

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -121,9 +123,10 @@ class Unreadable {
   void tellSilence() const {
     if (isSilent()) complain(silenceLine(**silence_));
   }
+  bool isAny() const { return !refused_.empty() || isSilent(); }
   ExitStatus status(bool answered) const {
     if (!answered) return kRefused;
-    return refused_.empty() && !isSilent() ? kAnswered : kUnreadable;
+    return isAny() ? kUnreadable : kAnswered;
   }
 
  private:
@@ -159,28 +162,79 @@ bool complainOfFailures(const Result& result) {
   return !result.error && result.failures.empty();
 }
 
-// Nobody asked for the other collectors' classes by name: those without instances are not shown.
-void leaveOutEmpty(const std::vector<std::string>& classes, QueryResult& result) {
-  std::erase_if(result.requested, [&](const std::string& name) {
-    return std::ranges::find(classes, name) != classes.end() &&
-           std::ranges::find(result.instances, name, &PublishedInstance::className) ==
-               result.instances.end();
-  });
+// Documents that have had their shape for long say nothing of the states.
+bool showsStates(Format format) { return format != Format::kJson && format != Format::kTrace; }
+
+bool isIn(const std::vector<std::string>& names, const std::string& name) {
+  return std::ranges::find(names, name) != names.end();
 }
 
-// Makes the requests; true when all were answered.
-bool makeRequests(const QueryCommand& command, QueryRun& queryRun, Answer& answer) {
+bool hasInstances(const QueryResult& result, const std::string& name) {
+  return std::ranges::find(result.instances, name, &PublishedInstance::className) !=
+         result.instances.end();
+}
+
+// Nobody asked for the other collectors' classes by name: those without instances are not shown, but
+// where something is wrong with them, if that can be shown.
+void leaveOutEmpty(const std::vector<std::string>& classes, Format format, QueryResult& result) {
+  std::erase_if(result.states, [&](const ClassState& state) {
+    const bool isToTell = showsStates(format) && isTrouble(state.state);
+    return isIn(classes, state.className) && !isToTell && !hasInstances(result, state.className);
+  });
+  result.requested.clear();
+  for (const ClassState& state : result.states) result.requested.push_back(state.className);
+}
+
+// How all requests of a query went.
+struct Requests {
+  bool answered = true;
+  std::vector<ClassState> troubled;  // of the last one that has any
+};
+
+void noteTrouble(const QueryResult& result, Requests& requests) {
+  std::vector<ClassState> troubled;
+  std::ranges::copy_if(result.states, std::back_inserter(troubled),
+                       [](const ClassState& state) { return isTrouble(state.state); });
+  if (!troubled.empty()) requests.troubled = std::move(troubled);
+}
+
+Requests makeRequests(const QueryCommand& command, QueryRun& queryRun, Answer& answer) {
   const bool asksForAll = command.classes.empty();
   const auto classes = asksForAll ? queryRun.defaultClasses() : command.classes;
   const auto unnamed = asksForAll ? queryRun.companionClasses() : std::vector<std::string>();
-  bool answered = true;
+  Requests requests;
   for (unsigned i = 0; i < command.repeat; ++i) {
     QueryResult result = queryRun.request(classes, i == 0 || command.reinit);
-    leaveOutEmpty(unnamed, result);
-    answered = complainOfFailures(result) && answered;
+    noteTrouble(result, requests);
+    leaveOutEmpty(unnamed, command.format, result);
+    requests.answered = complainOfFailures(result) && requests.answered;
     answer.add(std::move(result));
   }
-  return answered;
+  return requests;
+}
+
+// What the answer itself does not tell: one line with the first class and its reason.
+void complainOfTrouble(const std::vector<ClassState>& troubled) {
+  const ClassState& first = troubled.front();
+  std::string line = first.className + " is " + std::string(stateName(first.state)) + ": ";
+  line += first.reason;
+  const std::size_t more = troubled.size() - 1;
+  if (more > 0) line += "; and " + std::to_string(more) + " more, --format table tells";
+  complain(line);
+}
+
+// The log is for those who ask for it: a table has the reasons.
+int shownLogLevel(const QueryCommand& command) {
+  constexpr int kNone = std::numeric_limits<int>::min();
+  const bool isShown = command.hasLogLevel || command.format != Format::kTable;
+  return isShown ? command.logLevel : kNone;
+}
+
+ExitStatus statusOf(const QueryCommand& command, const Unreadable& unreadable,
+                    const Requests& requests) {
+  const ExitStatus status = unreadable.status(requests.answered);
+  if (status != kAnswered || command.format == Format::kTrace) return status;
+  return requests.troubled.empty() ? kAnswered : kUnreadable;
 }
 
 }  // namespace
@@ -193,17 +247,20 @@ int run(const QueryCommand& command) {
   const auto output = outputOf(command, {});
   auto collectors = collectorFiles(command.plugins, machine, programFolder());
 
-  const int level = command.logLevel;
+  const int level = shownLogLevel(command);
   const bool isTrace = command.format == Format::kTrace;
   QueryRun queryRun(std::move(machine),
                     {std::move(collectors), isTrace, isTrace,
                      [level](const LogEntry& entry) { showLogEntry(entry, level); }});
   unreadable.tellRefused();
   Answer answer(command.format, queryRun.context());
-  const bool answered = makeRequests(command, queryRun, answer);
+  const Requests requests = makeRequests(command, queryRun, answer);
   unreadable.tellSilence();
+  const ExitStatus status = statusOf(command, unreadable, requests);
+  const bool isTold = showsStates(command.format) || unreadable.isAny();
+  if (status == kUnreadable && !isTold) complainOfTrouble(requests.troubled);
   print(output, answer.text());
-  return unreadable.status(answered);
+  return status;
 }
 
 int run(const ClassesCommand& command) {

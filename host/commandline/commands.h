@@ -14,7 +14,7 @@ enum ExitStatus : int {
   kAnswered = 0,
   kRefused = 1,     // the plug-in or the framework refused or failed
   kBadInput = 2,    // bad usage or bad input
-  kUnreadable = 3,  // something of the live machine could not be read
+  kUnreadable = 3,  // something that should have answered did not, or could not be read
 };
 
 int run(const QueryCommand& command);

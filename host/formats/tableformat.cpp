@@ -109,11 +109,29 @@ std::string instancesText(const InstanceList& instances) {
   return asCards(instances);
 }
 
-std::string classBlock(const std::string& name, const InstanceList& instances) {
+std::string classBlock(const ClassState& state, const InstanceList& instances) {
   const std::string count = std::to_string(instances.size());
   const std::string head =
-      name + "  (" + count + (instances.size() == 1 ? " instance)\n" : " instances)\n");
-  return head + instancesText(instances) + '\n';
+      state.className + "  (" + count + (instances.size() == 1 ? " instance)\n" : " instances)\n");
+  const std::string gap = state.reason.empty() ? "" : "  partial: " + state.reason + '\n';
+  return head + instancesText(instances) + gap + '\n';
+}
+
+// The reason, or which class further up has the same one.
+std::string reasonText(const ClassState& state, const std::vector<ClassState>& states) {
+  const auto first = std::ranges::find(states, state.reason, &ClassState::reason);
+  return &*first == &state ? state.reason : "as " + first->className;
+}
+
+// Of classes without instances, a line each. A reason is told once.
+std::string statesText(const std::vector<ClassState>& states) {
+  std::vector<TextRow> rows;
+  rows.reserve(states.size());
+  for (const ClassState& state : states) {
+    rows.push_back(
+        {state.className, std::string(stateName(state.state)), reasonText(state, states)});
+  }
+  return rows.empty() ? "" : "Without instances:\n" + alignedColumns(rows);
 }
 
 InstanceList instancesOf(const QueryResult& result, const std::string& name) {
@@ -135,19 +153,18 @@ std::string headLine(const QueryContext& context) {
 std::string tableText(const QueryContext& context, const QueryResult& result) {
   std::string text = headLine(context);
   std::vector<std::string> seen;
-  std::vector<std::string> empty;
-  for (const std::string& name : result.requested) {
-    if (std::find(seen.begin(), seen.end(), name) != seen.end()) continue;
-    seen.push_back(name);
-    const InstanceList instances = instancesOf(result, name);
+  std::vector<ClassState> empty;
+  for (const ClassState& state : result.states) {
+    if (std::ranges::find(seen, state.className) != seen.end()) continue;
+    seen.push_back(state.className);
+    const InstanceList instances = instancesOf(result, state.className);
     if (instances.empty()) {
-      empty.push_back(name);
+      empty.push_back(state);
     } else {
-      text += classBlock(name, instances);
+      text += classBlock(state, instances);
     }
   }
-  return empty.empty() ? text.erase(text.size() - 1)
-                       : text + wrappedList("No instances:", empty, 2);
+  return empty.empty() ? text.erase(text.size() - 1) : text + statesText(empty);
 }
 
 }  // namespace velhost

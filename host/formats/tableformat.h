@@ -8,8 +8,8 @@
 namespace velhost {
 
 // The published instances for people: a block a class, with a line an instance where that fits,
-// otherwise a line a property; at the end the classes that have no instances. Properties that are
-// blank in all of a block's instances are left out.
+// otherwise a line a property; at the end the classes that have no instances, with their states and
+// the reasons. Properties that are blank in all of a block's instances are left out.
 std::string tableText(const QueryContext& context, const QueryResult& result);
 
 }  // namespace velhost

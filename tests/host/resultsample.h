@@ -29,4 +29,13 @@ inline NKRXVEL20::host::PublishedInstance sampleVpd(const char* name, const char
   return {"KRXSG_Vpd", {{"Name", TCIMValue(name)}, {"PartNumber", TCIMValue(part)}}};
 }
 
+// A state for each requested class: it is present.
+inline std::vector<ClassState> presentStates(const QueryResult& result) {
+  std::vector<ClassState> states;
+  for (const std::string& name : result.requested) {
+    states.push_back({name, "SPFirmwareVPD", State::kPresent, ""});
+  }
+  return states;
+}
+
 }  // namespace velhost

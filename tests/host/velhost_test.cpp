@@ -31,7 +31,8 @@ class Velhost : public ::testing::Test {
   }
 
   std::string bareMachine() const {
-    return put("bare.json", R"({ "format": "vel-machine/1", "name": "bare", "machine_type": "" })");
+    return put("bare.json", R"({ "format": "vel-machine/1", "name": "bare", "machine_type": "",
+                                 "smbios": {} })");
   }
 
   Words query(const Words& more) const {
@@ -197,6 +198,60 @@ TEST_F(Velhost, TheTableIsTheDefault) {
       outcome.out);
 }
 
+// A silent SP: what a table says of it, and who else says that something is missing.
+TEST_F(Velhost, WhatShouldHaveAnsweredEndsWithStatus3) {
+  const std::string silent = put("silent.json", R"({ "format": "vel-machine/1", "name": "silent",
+    "smbios": {}, "sp": { "kind": "dot-command", "answers": false } })");
+  const struct {
+    const char* what;
+    Words arguments;
+    int status;
+    const char* out;  // its end
+    const char* err;
+  } cases[] = {
+      {"table",
+       {"KRXSG_cKVM", "KRXSG_HardwareRevisionLevel", "KRXSG_SPROMFirmwareVPDBootROM"},
+       3,
+       "Without instances:\n"
+       "  KRXSG_cKVM                     absent      the machine type is not known, and only some "
+       "have one\n"
+       "  KRXSG_HardwareRevisionLevel    unanswered  the service processor does not answer dot "
+       "commands; check it and its driver\n"
+       "  KRXSG_SPROMFirmwareVPDBootROM  unanswered  as KRXSG_HardwareRevisionLevel\n",
+       ""},
+      {"json",
+       {"KRXSG_HardwareRevisionLevel", "KRXSG_Vpd", "--format", "json", "--log-level", "-1"},
+       3,
+       "{\n  \"KRXSG_HardwareRevisionLevel\": [],\n  \"KRXSG_Vpd\": []\n}\n",
+       "velhost: KRXSG_HardwareRevisionLevel is unanswered: the service processor does not answer "
+       "dot commands; check it and its driver; and 1 more, --format table tells\n"},
+      {"trace",
+       {"KRXSG_HardwareRevisionLevel", "--format", "trace", "--log-level", "-1"},
+       0,
+       "]\n}\n",
+       ""},
+      {"truly absent, and never filled",
+       {"KRXSG_cKVM", "KRXSG_DeviceDriver", "--format", "json", "--log-level", "-1"},
+       0,
+       "}\n",
+       ""},
+      {"in the first of two requests",
+       {"KRXSG_Vpd", "--repeat", "2", "--format", "json", "--log-level", "-1"},
+       3,
+       "}\n",
+       "velhost: KRXSG_Vpd is unanswered: the service processor does not answer dot commands; "
+       "check it and its driver\n"},
+  };
+  for (const auto& c : cases) {
+    Words words{"query", "--machine", silent};
+    words.insert(words.end(), c.arguments.begin(), c.arguments.end());
+    const ProgramOutcome outcome = run(words);
+    EXPECT_EQ(c.status, outcome.status) << c.what;
+    EXPECT_TRUE(outcome.out.ends_with(c.out)) << c.what << outcome.out;
+    EXPECT_EQ(c.err, outcome.err) << c.what;
+  }
+}
+
 TEST_F(Velhost, ARefusedClassShowsWhatWasPublishedBeforeAndEndsWithStatus1) {
   const ProgramOutcome outcome = run(query({"KRXSG_Vpd", "KRXSG_USBDevice", "--format", "json"}));
   EXPECT_EQ(1, outcome.status);
@@ -233,8 +288,10 @@ TEST_F(Velhost, LogEntriesUpToTheLevelAreLinesOfTheirOwn) {
     Words level;
     const char* lines;
   } cases[] = {
-      {{}, "velhost: log[1]: two\\nlines \\xff\n"},
+      {{"--format", "json"}, "velhost: log[1]: two\\nlines \\xff\n"},
+      {{"--format", "table"}, ""},
       {{"--log-level", "0"}, ""},
+      {{"--log-level", "1"}, "velhost: log[1]: two\\nlines \\xff\n"},
       {{"--log-level", "3"},
        "velhost: log[3]: Init\nvelhost: log[3]: progress\nvelhost: log[1]: two\\nlines \\xff\n"},
   };
@@ -598,9 +655,10 @@ TEST_F(Velhost, AClassThatIsNotThereIsNamedWithWhatWasMeant) {
 }
 
 TEST_F(Velhost, AListedCollectorsClassesAreShown) {
-  const ProgramOutcome outcome = run(
-      {"query", "--format", "json", "--machine",
-       put("m.json", R"({ "format": "vel-machine/1", "name": "m", "collectors": ["DeviceInventory"],
+  const ProgramOutcome outcome =
+      run({"query", "--format", "json", "--machine",
+           put("m.json", R"({ "format": "vel-machine/1", "name": "m", "smbios": {},
+                  "collectors": ["DeviceInventory"],
                   "instances": { "KRXSG_USBDevice": [ { "DeviceID": "U" } ],
                                  "KRXSG_TapeDrive": [] } })")});
   EXPECT_EQ(0, outcome.status) << outcome.err;

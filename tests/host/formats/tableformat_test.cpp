@@ -15,6 +15,12 @@ TEST(TableFormat, NarrowInstancesAreALineEachAndWideOnesALineAProperty) {
   QueryResult result;
   result.requested = {"KRXSG_Vpd", "KRXSG_cKVM", "KRXSG_SystemBIOSElement", "KRXSG_DeviceDriver"};
   result.instances = {sampleBios(), sampleVpd("DIMM 1", "P1"), sampleVpd("Power Supply 2", "")};
+  result.states = {{"KRXSG_Vpd", "", State::kPartial, "a slot is empty"},
+                   {"KRXSG_cKVM", "", State::kUnanswered, "the BMC is silent"},
+                   {"KRXSG_SystemBIOSElement", "", State::kPresent, ""},
+                   {"KRXSG_DeviceDriver", "", State::kUnused, "nobody fills it"},
+                   {"KRXSG_SystemBIOS", "", State::kUnused, "nobody fills it"},
+                   {"KRXSG_cKVM", "", State::kUnanswered, "the BMC is silent"}};
   EXPECT_EQ(
       "SPFirmwareVPD 1.0 on a server (machine file)\n"
       "\n"
@@ -22,6 +28,7 @@ TEST(TableFormat, NarrowInstancesAreALineEachAndWideOnesALineAProperty) {
       "  Name            PartNumber\n"
       "  DIMM 1          P1\n"
       "  Power Supply 2\n"
+      "  partial: a slot is empty\n"
       "\n"
       "KRXSG_SystemBIOSElement  (1 instance)\n"
       "  Name:                   M\\xfcller\\n\n"
@@ -32,13 +39,17 @@ TEST(TableFormat, NarrowInstancesAreALineEachAndWideOnesALineAProperty) {
       "  PrimaryBIOS:            true\n"
       "  ReleaseDate:            2007-03-15\n"
       "\n"
-      "No instances: KRXSG_cKVM, KRXSG_DeviceDriver\n",
+      "Without instances:\n"
+      "  KRXSG_cKVM          unanswered  the BMC is silent\n"
+      "  KRXSG_DeviceDriver  unused      nobody fills it\n"
+      "  KRXSG_SystemBIOS    unused      as KRXSG_DeviceDriver\n",
       tableText(sampleContext(), result));
 }
 
 TEST(TableFormat, APropertyThatAnInstanceLacksIsABlankCell) {
   QueryResult result;
   result.requested = {"KRXSG_cKVM"};
+  result.states = presentStates(result);
   result.instances = {{"KRXSG_cKVM", {{"Version", TCIMValue("1")}}},
                       {"KRXSG_cKVM", {{"FirmwareVersion", TCIMValue("2")}}}};
   QueryContext context = sampleContext();
@@ -56,6 +67,7 @@ TEST(TableFormat, APropertyThatAnInstanceLacksIsABlankCell) {
 TEST(TableFormat, BlankPropertiesAreLeftOut) {
   QueryResult result;
   result.requested = {"KRXSG_Vpd", "KRXSG_cKVM"};
+  result.states = presentStates(result);
   result.instances = {{"KRXSG_Vpd", {{"Vendor", TCIMValue("")}, {"FRUNumber", TCIMValue(" ")}}},
                       {"KRXSG_Vpd", {{"PartNumber", TCIMValue("P1")}}},
                       {"KRXSG_cKVM", {{"Version", TCIMValue("")}}}};
@@ -75,6 +87,7 @@ TEST(TableFormat, SeveralWideInstancesStandSideBySideWhileTheyFit) {
   const std::string longText(30, 'v');
   QueryResult result;
   result.requested = {"KRXSG_cKVM"};
+  result.states = presentStates(result);
   for (const char* const version : {"1", "2"}) {
     result.instances.push_back({"KRXSG_cKVM",
                                 {{"Version", TCIMValue(version)},
@@ -128,6 +141,7 @@ TEST(TableFormat, DatesAreShownAsPeopleWriteThem) {
   for (const auto& c : cases) {
     QueryResult result;
     result.requested = {"KRXSG_SystemBIOS"};
+    result.states = presentStates(result);
     result.instances = {{"KRXSG_SystemBIOS", {{"ReleaseDate", TCIMValue(TCIMDateTime(c.cim))}}}};
     EXPECT_EQ(
         "SPFirmwareVPD 1.0 on a server (machine file)\n\n"
