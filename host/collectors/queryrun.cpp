@@ -273,7 +273,7 @@ void QueryRun::restart() {
 }
 
 void QueryRun::conclude(QueryResult& result) {
-  witness_.conclude(*namespace_, result);
+  witness_.conclude(*namespace_, options_.keepSteps, result);
   for (const auto& [file, reason] : collectors_->notLoaded()) {
     result.collectors.push_back({file.filename().string(), "", false, reasonLine(reason)});
   }

@@ -24,6 +24,7 @@ struct RunOptions {
   bool keepLogs = false;               // they go into the results
   bool keepTraffic = false;            // as well
   NKRXVEL20::host::LogSink onCoreLog;  // gets every core-log entry as it comes
+  bool keepSteps = false;              // those that failed, with the classes' states
 };
 
 // Sets the platform up for the machine while it lives, so there is one at a time.

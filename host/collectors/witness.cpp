@@ -92,7 +92,7 @@ Observations Witness::observed(host::CimNamespace& ns) {
   return seen;
 }
 
-void Witness::conclude(host::CimNamespace& ns, QueryResult& result) {
+void Witness::conclude(host::CimNamespace& ns, bool keepSteps, QueryResult& result) {
   const Observations seen = observed(ns);
   for (std::size_t i = 0; i < result.requested.size(); ++i) {
     ClassOutcome& outcome = outcomes_[i];
@@ -101,6 +101,7 @@ void Witness::conclude(host::CimNamespace& ns, QueryResult& result) {
     }
     const host::ClassSchema& cimClass = *host::findClass(result.requested[i]);
     result.states.push_back(stateOf(cimClass, outcome, seen));
+    if (keepSteps) result.states.back().steps = failedSteps(cimClass, outcome, seen);
   }
   result.collectors = std::exchange(answers_, {});
 }

@@ -36,7 +36,7 @@ class Witness {
   void sawOutcome(ClassOutcome outcome) { outcomes_.push_back(std::move(outcome)); }
 
   // The states of the result's classes, each of which had an outcome, and how the collectors did.
-  void conclude(NKRXVEL20::host::CimNamespace& ns, QueryResult& result);
+  void conclude(NKRXVEL20::host::CimNamespace& ns, bool keepSteps, QueryResult& result);
 
  private:
   void takeRefusedCalls(NKRXVEL20::host::CimNamespace& ns);

@@ -133,6 +133,7 @@ CLI::App* addQuery(CLI::App& app, QueryCommand& query) {
   addFormat(*command, query.format, kQueryFormats);
   addPath(*command, "--output", query.output, "Write the answer to this file");
   addNumber(*command, "--repeat", query.repeat, 1U, "Make N requests");
+  command->add_flag("--why", query.why, "Tell each step that failed, behind the answer");
   command->add_flag("--reinit", query.reinit, "Init again before each request but the first");
   addNumber(*command, "--log-level", query.logLevel, std::numeric_limits<int>::min(),
             "Show core-log entries with a severity up to N on standard error");

@@ -25,6 +25,7 @@ struct QueryCommand {
   bool reinit = false;
   int logLevel = 1;
   bool hasLogLevel = false;  // it was given
+  bool why = false;
 };
 
 struct ClassesCommand {

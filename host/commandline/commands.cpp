@@ -21,6 +21,7 @@
 #include "host/formats/resultdocument.h"
 #include "host/formats/schemaformat.h"
 #include "host/formats/tableformat.h"
+#include "host/formats/whytext.h"
 #include "host/machine/machine.h"
 #include "host/machine/machinefile.h"
 #include "host/machine/machinewriter.h"
@@ -189,6 +190,7 @@ void leaveOutEmpty(const std::vector<std::string>& classes, Format format, Query
 struct Requests {
   bool answered = true;
   std::vector<ClassState> troubled;  // of the last one that has any
+  std::string why;                   // the steps that failed in the last one, where asked for
 };
 
 void noteTrouble(const QueryResult& result, Requests& requests) {
@@ -206,6 +208,7 @@ Requests makeRequests(const QueryCommand& command, QueryRun& queryRun, Answer& a
   for (unsigned i = 0; i < command.repeat; ++i) {
     QueryResult result = queryRun.request(classes, i == 0 || command.reinit);
     noteTrouble(result, requests);
+    if (command.why) requests.why = whyText(result);
     leaveOutEmpty(unnamed, command.format, result);
     requests.answered = complainOfFailures(result) && requests.answered;
     answer.add(std::move(result));
@@ -251,7 +254,7 @@ int run(const QueryCommand& command) {
   const bool isTrace = command.format == Format::kTrace;
   QueryRun queryRun(std::move(machine),
                     {std::move(collectors), isTrace, isTrace,
-                     [level](const LogEntry& entry) { showLogEntry(entry, level); }});
+                     [level](const LogEntry& entry) { showLogEntry(entry, level); }, command.why});
   unreadable.tellRefused();
   Answer answer(command.format, queryRun.context());
   const Requests requests = makeRequests(command, queryRun, answer);
@@ -259,7 +262,9 @@ int run(const QueryCommand& command) {
   const ExitStatus status = statusOf(command, unreadable, requests);
   const bool isTold = showsStates(command.format) || unreadable.isAny();
   if (status == kUnreadable && !isTold) complainOfTrouble(requests.troubled);
-  print(output, answer.text());
+  const bool isTable = command.format == Format::kTable;  // the other answers are documents
+  print(output, answer.text() + (isTable && command.why ? '\n' + requests.why : ""));
+  if (!isTable) writeStandardError(requests.why);
   return status;
 }
 

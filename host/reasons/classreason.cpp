@@ -281,7 +281,37 @@ Reason reasonOf(const Case& c) {
   return {};
 }
 
+void addRefusedCalls(const Case& c, std::vector<std::string>& steps) {
+  for (const auto& call : c.seen.refusedCalls) {
+    if (call.className == c.cimClass.name) steps.push_back(refusedCallText(call));
+  }
+}
+
+// What a source failed in: each of its commands that was sent, otherwise the reason of its trouble.
+void addSource(const Origins& origins, const SourceRow& row, const Observations& seen,
+               std::vector<std::string>& steps) {
+  const auto refused = refusedCommands(origins, seen);
+  steps.insert(steps.end(), refused.begin(), refused.end());
+  if (!refused.empty()) return;
+  const Verdict verdict = row.verdict(origins, seen);
+  if (verdict.kind == Kind::kTrouble) steps.push_back(verdict.reason);
+}
+
 }  // namespace
+
+std::vector<std::string> failedSteps(const ClassSchema& cimClass, const ClassOutcome& outcome,
+                                     const Observations& seen) {
+  std::vector<std::string> steps;
+  if (!outcome.failure.empty()) steps.push_back(outcome.failure);
+  addRefusedCalls({cimClass, outcome, seen}, steps);
+  const Origins all = allSources(cimClass);
+  for (const SourceRow& row : kSources) {
+    const Origins origins = ofSource(all, row.source);
+    if (!origins.empty()) addSource(origins, row, seen, steps);
+  }
+  for (std::string& step : steps) step = reasonLine(step);
+  return steps;
+}
 
 ClassState stateOf(const ClassSchema& cimClass, const ClassOutcome& outcome,
                    const Observations& seen) {

@@ -11,4 +11,9 @@ namespace velhost {
 ClassState stateOf(const NKRXVEL20::host::ClassSchema& cimClass, const ClassOutcome& outcome,
                    const Observations& seen);
 
+// Each step on the way to the class's instances that failed, a line each: not only the worst, and
+// each command by itself.
+std::vector<std::string> failedSteps(const NKRXVEL20::host::ClassSchema& cimClass,
+                                     const ClassOutcome& outcome, const Observations& seen);
+
 }  // namespace velhost

@@ -5,6 +5,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace velhost {
 
@@ -30,7 +31,8 @@ struct ClassState {
   std::string className;
   std::string collector;  // that serves it; empty: none
   State state = State::kPresent;
-  std::string reason;  // one line in plain words; empty: there is nothing to say
+  std::string reason;                   // one line in plain words; empty: there is nothing to say
+  std::vector<std::string> steps = {};  // that failed, a line each; kept where they are asked for
 };
 
 // How a collector of the request did.

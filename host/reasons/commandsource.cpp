@@ -309,6 +309,15 @@ Verdict commandVerdict(std::span<const Origin> lines, const Observations& seen) 
                                           : ipmiVerdict(origins, seen);
 }
 
+std::vector<std::string> refusedCommands(std::span<const Origin> origins,
+                                         const Observations& seen) {
+  std::vector<std::string> lines;
+  for (const CommandTally* const tally : talliesOf(origins, seen)) {
+    if (!isGood(*tally)) lines.push_back(refusalText(*tally, seen));
+  }
+  return lines;
+}
+
 std::string refusalText(const CommandTally& tally, const Observations& seen) {
   if (tally.kind == Kind::kIpmiCommand) return ipmiRefusalText(tally);
   return commandText(tally) + " was refused " + timesText(tally.refused) + whoText(tally, seen);

@@ -4,6 +4,8 @@
 #pragma once
 
 #include <span>
+#include <string>
+#include <vector>
 
 #include "host/reasons/observations.h"
 #include "host/reasons/origin.h"
@@ -18,6 +20,9 @@ bool isGood(const NKRXVEL20::host::CommandTally& tally);
 
 // The lines are all of dot commands, of Tamber commands or of IPMI.
 Verdict commandVerdict(std::span<const Origin> lines, const Observations& seen);
+
+// A line for each command of these lines that was sent and is not good.
+std::vector<std::string> refusedCommands(std::span<const Origin> origins, const Observations& seen);
 
 // "the BMC refused command 06 52 with completion code C1", of a tally that is not good.
 std::string refusalText(const NKRXVEL20::host::CommandTally& tally, const Observations& seen);

@@ -252,6 +252,27 @@ TEST_F(Velhost, WhatShouldHaveAnsweredEndsWithStatus3) {
   }
 }
 
+TEST_F(Velhost, WhyTellsEachStepThatFailed) {
+  const std::string machine = put("half.json", R"({ "format": "vel-machine/1", "name": "half",
+    "smbios": {}, "sp": { "kind": "dot-command", "count": 2, "dot_commands": [
+      { "command": "04 03 05 06 01", "reply": "41" }, { "command": "04 03 05 06 02", "reply": "41" },
+      { "sp": 1, "command": "04 03 05 06 01", "reply": "41" } ] } })");
+  const Words words{"query", "KRXSG_SPROMFirmwareVPDBootROM", "--why", "--machine", machine};
+  const std::string why =
+      "Steps that failed:\n"
+      "  KRXSG_SPROMFirmwareVPDBootROM\n"
+      "    command 04 03 05 06 02 was refused twice by SP 2\n";
+  const ProgramOutcome table = run(words);
+  EXPECT_EQ(0, table.status);
+  EXPECT_TRUE(table.out.ends_with("\n\n" + why)) << table.out;
+  EXPECT_EQ("", table.err);
+  Words json = words;
+  json.insert(json.end(), {"--format", "json", "--log-level", "-1"});
+  const ProgramOutcome document = run(json);
+  EXPECT_TRUE(document.out.ends_with("]\n}\n")) << document.out;
+  EXPECT_EQ(why, document.err);
+}
+
 TEST_F(Velhost, ARefusedClassShowsWhatWasPublishedBeforeAndEndsWithStatus1) {
   const ProgramOutcome outcome = run(query({"KRXSG_Vpd", "KRXSG_USBDevice", "--format", "json"}));
   EXPECT_EQ(1, outcome.status);

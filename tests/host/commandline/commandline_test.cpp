@@ -19,13 +19,16 @@ TEST(CommandLine, AQueryByItselfTakesTheDefaults) {
   EXPECT_EQ(Format::kTable, query.format);
   EXPECT_EQ(1U, query.repeat);
   EXPECT_FALSE(query.reinit);
+  EXPECT_FALSE(query.why);
+  EXPECT_FALSE(query.hasLogLevel);
   EXPECT_EQ(1, query.logLevel);
 }
 
 TEST(CommandLine, AQueryTakesClassesAndOptionsInAnyOrder) {
-  const auto query = std::get<QueryCommand>(parse(
-      {"query", "B", "--machine", "m.json", "--format", "trace", "--repeat", "3", "--reinit", "A",
-       "--log-level=-2", "--plugin", "p.pi.so", "--output", "out", "--plugin", "q.pi.so", "B"}));
+  const auto query = std::get<QueryCommand>(
+      parse({"query", "B", "--machine", "m.json", "--format", "trace", "--repeat", "3", "--reinit",
+             "A", "--log-level=-2", "--plugin", "p.pi.so", "--output", "out", "--plugin", "q.pi.so",
+             "B", "--why"}));
   EXPECT_EQ((std::vector<std::string>{"B", "A", "B"}), query.classes);
   EXPECT_EQ("m.json", query.machine);
   EXPECT_EQ((std::vector<std::filesystem::path>{"p.pi.so", "q.pi.so"}), query.plugins);
@@ -33,6 +36,8 @@ TEST(CommandLine, AQueryTakesClassesAndOptionsInAnyOrder) {
   EXPECT_EQ(Format::kTrace, query.format);
   EXPECT_EQ(3U, query.repeat);
   EXPECT_TRUE(query.reinit);
+  EXPECT_TRUE(query.why);
+  EXPECT_TRUE(query.hasLogLevel);
   EXPECT_EQ(-2, query.logLevel);
 }
 
@@ -160,7 +165,7 @@ TEST(CommandLine, AWordThatIsNotTakenIsNamedWithWhatWasMeant) {
       {{"querry"}, "querry is no command; did you mean query?"},
       {{"--machine", "m", "query"}, "--machine is no option here; see velhost --help"},
       {{"--versoin"}, "--versoin is no option here; did you mean --version?"},
-      {{"query", "--fly"}, "--fly is no option here; see velhost --help"},
+      {{"query", "--quark"}, "--quark is no option here; see velhost --help"},
       {{"query", "A", "--formt", "json"}, "--formt is no option here; did you mean --format?"},
       {{"query", "--MACHINE=m"}, "--MACHINE is no option here; did you mean --machine?"},
       {{"collectors", "query"}, "query is not expected here; see velhost --help"},

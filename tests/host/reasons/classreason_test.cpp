@@ -224,6 +224,28 @@ TEST_F(ClassReason, AValueThatStandsInIsTold) {
   }
 }
 
+TEST_F(ClassReason, EachStepThatFailedIsTold) {
+  const auto stepsOf = [this](const char* name) {
+    return failedSteps(*NKRXVEL20::host::findClass(name), outcome_, seen_);
+  };
+  using Lines = std::vector<std::string>;
+  EXPECT_EQ(Lines{}, stepsOf("MINE_Rotor"));
+  outcome_.failure = "it\nbroke";
+  seen_.refusedCalls = {{CimOperation::kCreateInstance, "MINE_Rotor", "", 3},
+                        {CimOperation::kCreateInstance, "MINE_Fan", "", 3},
+                        {CimOperation::kSetProperty, "MINE_Rotor", "Name", 1}};
+  CommandTally second = sent("04030507", 1);
+  second.sp = 1;
+  seen_.driver.commands = {sent("04030507", 1), second, sent("04030508", 1)};
+  seen_.smbios = nullptr;
+  EXPECT_EQ((Lines{"it\\nbroke", "the framework refused create_instance of MINE_Rotor 3 times",
+                   "the framework refused set_property of MINE_Rotor.Name once",
+                   "command 04 03 05 07 was refused once by SP 1",
+                   "command 04 03 05 07 was refused once by SP 2",
+                   "the SMBIOS tables cannot be opened (status 1)"}),
+            stepsOf("MINE_Rotor"));
+}
+
 TEST_F(ClassReason, AReasonIsOneLineOfBoundedLength) {
   outcome_.failure = "a\nb\x1b[2J\xFF" + std::string(10000, 'x');
   const std::string text = told("MINE_Fan");
