@@ -32,8 +32,7 @@ constexpr char kExamplesAndStatuses[] =
     "  0  answered\n"
     "  1  the plug-in or the framework refused or failed\n"
     "  2  bad usage or bad input; nothing was printed\n"
-    "  3  something that should have answered did not, or could not be read; the rest was "
-    "printed\n";
+    "  3  something did not answer or could not be read; the rest was printed\n";
 
 constexpr char kQueryNotes[] =
     "Formats:\n"
@@ -136,7 +135,8 @@ CLI::App* addQuery(CLI::App& app, QueryCommand& query) {
   command->add_flag("--why", query.why, "Tell each step that failed, behind the answer");
   command->add_flag("--reinit", query.reinit, "Init again before each request but the first");
   addNumber(*command, "--log-level", query.logLevel, std::numeric_limits<int>::min(),
-            "Show core-log entries with a severity up to N on standard error");
+            "Show core-log entries with a severity up to N on standard error; "
+            "a table shows none without this");
   command->footer(kQueryNotes);
   return command;
 }

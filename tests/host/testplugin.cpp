@@ -90,6 +90,7 @@ const std::map<std::string, std::function<void(const Namespace&)>>& deeds() {
       {"KRXSG_SystemBIOSElement", publishBios},
       {"KRXSG_Vpd", publishVpd},
       {"KRXSG_DiagnosticVPD", sendCommands},
+      {"MINE_Fan", sendCommands},
       {"KRXSG_DeviceDriver", writeLogs},
       {"KRXSG_cKVM", showCompanions},
       {"KRXSG_PostBIOSVPD", [](const Namespace&) {}},

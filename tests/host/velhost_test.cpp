@@ -252,6 +252,40 @@ TEST_F(Velhost, WhatShouldHaveAnsweredEndsWithStatus3) {
   }
 }
 
+// Somebody else's class, in a schema file of its own, and the collector that asks for it.
+TEST_F(Velhost, AStrangersClassHasItsStatesToo) {
+  fs::create_directories(folder_ / "bin");
+  fs::create_directories(folder_ / "share" / "vel" / "schema");
+  fs::create_symlink(fs::path(VELHOST).parent_path().parent_path() / "lib", folder_ / "lib");
+  fs::copy_file(VELHOST, folder_ / "bin" / "velhost");
+  put("share/vel/schema/all.mof", run({"classes", "--format", "mof"}).out);
+  put("share/vel/schema/mine.mof", R"([Provider("TestPlugin")] class MINE_Fan {
+    [MappingStrings { "IPMI.VEL|06 52|data 7F|bytes 9-|text" }] string Level; };)");
+  const struct {
+    const char* what;
+    const char* sp;
+    int status;
+    const char* line;
+  } cases[] = {
+      {"refused", R"({ "request": "01 20 06 00 52", "reply": "01 20 07 00 C1" })", 3,
+       "  MINE_Fan  unanswered  the BMC refused command 06 52 with completion code C1\n"},
+      {"not answered", R"({ "request": "01 20 06 00 53", "reply": "01 20 07 00 00" })", 3,
+       "  MINE_Fan  unanswered  the BMC did not answer command 06 52\n"},
+      {"answered", R"({ "request": "01 20 06 00 52", "reply": "01 20 07 00 00" })", 0,
+       "  MINE_Fan  absent  what was asked of it was answered, and named none\n"},
+  };
+  for (const auto& c : cases) {
+    const std::string machine =
+        put("fan.json", R"({ "format": "vel-machine/1", "name": "fan", "smbios": {}, "sp": {
+          "ipmi_commands": [ )" +
+                            std::string(c.sp) + " ] } }");
+    const Words words{"query", "MINE_Fan", "--plugin", TEST_PLUGIN, "--machine", machine};
+    const ProgramOutcome outcome = runProgram((folder_ / "bin" / "velhost").string(), {words, ""});
+    EXPECT_EQ(c.status, outcome.status) << c.what << outcome.err;
+    EXPECT_TRUE(outcome.out.ends_with(c.line)) << c.what << outcome.out;
+  }
+}
+
 TEST_F(Velhost, WhyTellsEachStepThatFailed) {
   const std::string machine = put("half.json", R"({ "format": "vel-machine/1", "name": "half",
     "smbios": {}, "sp": { "kind": "dot-command", "count": 2, "dot_commands": [
