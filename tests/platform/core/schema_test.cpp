@@ -170,7 +170,8 @@ TEST(Schema, SaysWhereEachValueOfACollectorComesFrom) {
 TEST(Schema, OriginsAreInTheirNotation) {
   const std::string bytes = R"(\|(byte \d+|bytes \d+-\d*)\|)";
   const std::string rule =
-      "(text|decimal|date|hex digits|JEP106 maker|version part|numeric version part|build part|"
+      "(text|decimal|date|hex bytes|hex digits|JEP106 maker|version part|numeric version "
+      "part|build part|"
       "letters and digits|shift 16|level|low nibble|(16|20)-bit number|BCD version|IPMI version|"
       "GUID|typed text|minutes since 1996|chassis type|before [^|]+|between [^|]+ and [^|]+)( or "
       "blank)?";
