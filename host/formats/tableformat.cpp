@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "host/text/datetext.h"
 #include "host/text/textlayout.h"
 #include "host/text/utf8.h"
 
@@ -17,20 +18,6 @@ using NKRXVEL20::host::PropertyList;
 using NKRXVEL20::host::PublishedInstance;
 
 using InstanceList = std::vector<const PublishedInstance*>;
-
-// 20090714123000.000000+000 is shown as 2009-07-14 12:30:00, without a time that is midnight. The
-// offset and the fraction are left out when they are zero, anything unusual is shown as it is.
-std::string dateText(const std::string& cim) {
-  constexpr std::size_t kDateDigits = 8;
-  constexpr std::size_t kTimeDigits = 6;
-  const std::string_view tail = std::string_view(cim).substr(kDateDigits + kTimeDigits);
-  const std::string date = cim.substr(0, kDateDigits);
-  if (tail != ".000000+000" || date == "00000000") return cim;
-  const std::string time = cim.substr(kDateDigits, kTimeDigits);
-  std::string day = date.substr(0, 4) + '-' + date.substr(4, 2) + '-' + date.substr(6, 2);
-  if (time == "000000") return day;
-  return day + ' ' + time.substr(0, 2) + ':' + time.substr(2, 2) + ':' + time.substr(4, 2);
-}
 
 std::string cellText(const TCIMValue& value) {
   const std::string text = value.ToString();

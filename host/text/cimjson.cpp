@@ -23,8 +23,23 @@ nlohmann::ordered_json plainValue(const NKRXVEL20::TCIMValue& value) {
   return nullptr;
 }
 
+nlohmann::ordered_json plainValues(const NKRXVEL20::host::PropertyList& properties) {
+  auto json = nlohmann::ordered_json::object();
+  for (const auto& [name, value] : properties) json[name] = plainValue(value);
+  return json;
+}
+
+nlohmann::ordered_json textOrNull(const std::string& text) {
+  if (text.empty()) return nullptr;
+  return toUtf8(text);
+}
+
 std::string documentText(const nlohmann::ordered_json& document) {
   return escapeUnseen(document.dump(2)) + '\n';
+}
+
+std::string lineText(const nlohmann::ordered_json& document) {
+  return escapeUnseen(document.dump()) + '\n';
 }
 
 }  // namespace velhost

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "vel/cimvalue.h"
+#include "velhost/cimnamespace.h"
 
 namespace velhost {
 
@@ -12,8 +13,17 @@ namespace velhost {
 // text, an empty value as null.
 nlohmann::ordered_json plainValue(const NKRXVEL20::TCIMValue& value);
 
+// An instance's properties with plain values, in their order.
+nlohmann::ordered_json plainValues(const NKRXVEL20::host::PropertyList& properties);
+
+// The text as UTF-8; null for none.
+nlohmann::ordered_json textOrNull(const std::string& text);
+
 // The document's text: indented, one line feed at the end; characters that a terminal obeys or does
 // not show are escaped.
 std::string documentText(const nlohmann::ordered_json& document);
+
+// The same in one line.
+std::string lineText(const nlohmann::ordered_json& document);
 
 }  // namespace velhost
