@@ -36,11 +36,15 @@ constexpr char kExamplesAndStatuses[] =
 
 constexpr char kQueryNotes[] =
     "Formats:\n"
-    "  table  for people\n"
-    "  json   one key a class, plain values\n"
-    "  trace  everything: typed values, errors, both logs, the traffic with the SPs\n"
-    "With --repeat, table and json show the answer to the last request, trace shows all and keeps\n"
-    "them in memory until then.\n";
+    "  table        for people\n"
+    "  json         for jq: one key a class, plain values\n"
+    "  inventory    for programs: machine, collectors, each class with its state\n"
+    "  ndjson       for logs and databases: a line an instance\n"
+    "  csv          for spreadsheets: a line a property\n"
+    "  openmetrics  for Prometheus: levels, counts, states\n"
+    "  trace        everything: typed values, errors, both logs, the traffic\n"
+    "With --repeat the answer to the last request is shown; trace shows all of them\n"
+    "and keeps them in memory until then.\n";
 
 constexpr char kClassesNotes[] =
     "Formats:\n"
@@ -57,7 +61,9 @@ constexpr char kRecordNotes[] =
 
 using FormatName = std::pair<std::string_view, Format>;
 constexpr FormatName kQueryFormats[] = {
-    {"table", Format::kTable}, {"json", Format::kJson}, {"trace", Format::kTrace}};
+    {"table", Format::kTable},   {"json", Format::kJson}, {"inventory", Format::kInventory},
+    {"ndjson", Format::kNdjson}, {"csv", Format::kCsv},   {"openmetrics", Format::kOpenMetrics},
+    {"trace", Format::kTrace}};
 constexpr FormatName kClassesFormats[] = {
     {"table", Format::kTable}, {"json", Format::kJson}, {"mof", Format::kMof}};
 
@@ -97,7 +103,7 @@ void addFormat(CLI::App& app, Format& format, std::span<const FormatName> names)
            }
            format = found->second;
          },
-         "How the answer is printed: " + list)
+         "How the answer is printed, see below")
       ->type_name("FORMAT")
       ->default_str("table");
 }

@@ -13,7 +13,7 @@
 
 namespace velhost {
 
-enum class Format { kTable, kJson, kTrace, kMof };
+enum class Format { kTable, kJson, kInventory, kNdjson, kCsv, kOpenMetrics, kTrace, kMof };
 
 struct QueryCommand {
   std::vector<std::string> classes;  // empty: all that the plug-in serves

@@ -17,10 +17,7 @@
 #include "host/files/outputfile.h"
 #include "host/files/standardstreams.h"
 #include "host/formats/collectorlist.h"
-#include "host/formats/plainjson.h"
-#include "host/formats/resultdocument.h"
 #include "host/formats/schemaformat.h"
-#include "host/formats/tableformat.h"
 #include "host/formats/whytext.h"
 #include "host/machine/machine.h"
 #include "host/machine/machinefile.h"
@@ -54,32 +51,6 @@ const ClassSchema* schemaClass(const std::string& name) {
   if (found == nullptr) throw InputError("\"" + name + "\" is no class" + whatWasMeant(name));
   return found;
 }
-
-// The answer in the format asked for, made of the results as they come in.
-class Answer {
- public:
-  Answer(Format format, const QueryContext& context) : format_(format), context_(context) {}
-
-  void add(QueryResult result) {
-    if (format_ == Format::kTrace) {
-      if (!trace_) trace_.emplace(context_);  // by now the context says who was asked
-      trace_->add(result);
-    } else {
-      last_ = std::move(result);
-    }
-  }
-
-  std::string text() const {
-    if (trace_) return trace_->text();
-    return format_ == Format::kJson ? plainJson(last_) : tableText(context_, last_);
-  }
-
- private:
-  Format format_;
-  const QueryContext& context_;
-  std::optional<ResultDocument> trace_;
-  QueryResult last_;
-};
 
 void print(const std::unique_ptr<OutputFile>& file, std::string_view text) {
   if (file) {
@@ -206,12 +177,13 @@ Requests makeRequests(const QueryCommand& command, QueryRun& queryRun, Answer& a
   const auto unnamed = asksForAll ? queryRun.companionClasses() : std::vector<std::string>();
   Requests requests;
   for (unsigned i = 0; i < command.repeat; ++i) {
+    const Stopwatch watch;
     QueryResult result = queryRun.request(classes, i == 0 || command.reinit);
     noteTrouble(result, requests);
     if (command.why) requests.why = whyText(result);
     leaveOutEmpty(unnamed, command.format, result);
     requests.answered = complainOfFailures(result) && requests.answered;
-    answer.add(std::move(result));
+    answer.add(std::move(result), watch.time());
   }
   return requests;
 }
@@ -226,10 +198,10 @@ void complainOfTrouble(const std::vector<ClassState>& troubled) {
   complain(line);
 }
 
-// The log is for those who ask for it: a table has the reasons.
+// The log is for those who ask for it: most formats have the reasons.
 int shownLogLevel(const QueryCommand& command) {
   constexpr int kNone = std::numeric_limits<int>::min();
-  const bool isShown = command.hasLogLevel || command.format != Format::kTable;
+  const bool isShown = command.hasLogLevel || !showsStates(command.format);
   return isShown ? command.logLevel : kNone;
 }
 

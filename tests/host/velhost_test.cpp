@@ -71,7 +71,7 @@ TEST_F(Velhost, BadUsageIsToldInOneLine) {
       {"unknown command", {"fly"}, "fly"},
       {"unknown option", {"query", "--fly"}, "--fly"},
       {"unknown option of check", {"check", "--fly", "x"}, "--fly"},
-      {"unknown format", {"query", "--format", "csv"}, "csv"},
+      {"unknown format", {"query", "--format", "xml"}, "xml"},
       {"repeat of none", {"query", "--repeat", "0"}, "--repeat"},
       {"log level that is no number", {"query", "--log-level", "x"}, "--log-level"},
       {"option without its value", {"query", "--machine"}, "--machine"},

@@ -49,6 +49,23 @@ TEST(CommandLine, NumbersAreDecimal) {
   EXPECT_EQ(10U, std::get<QueryCommand>(parse({"query", "--repeat", "010"})).repeat);
 }
 
+TEST(CommandLine, AQueryTakesEachFormat) {
+  const struct {
+    const char* name;
+    Format format;
+  } cases[] = {
+      {"table", Format::kTable},   {"json", Format::kJson}, {"inventory", Format::kInventory},
+      {"ndjson", Format::kNdjson}, {"csv", Format::kCsv},   {"openmetrics", Format::kOpenMetrics},
+      {"trace", Format::kTrace},
+  };
+  const std::string help = std::get<PrintCommand>(parse({"query", "--help"})).text;
+  for (const auto& c : cases) {
+    EXPECT_EQ(c.format, std::get<QueryCommand>(parse({"query", "--format", c.name})).format)
+        << c.name;
+    EXPECT_NE(std::string::npos, help.find("\n  " + std::string(c.name) + "  ")) << c.name;
+  }
+}
+
 TEST(CommandLine, ClassesTakesTableJsonAndMof) {
   EXPECT_EQ(Format::kTable, std::get<ClassesCommand>(parse({"classes"})).format);
   const auto classes = std::get<ClassesCommand>(parse({"classes", "A", "--format", "json"}));
@@ -111,8 +128,8 @@ TEST(CommandLine, BadUsageIsOneLine) {
       {"query", "--fly"},
       {"query", "--machine"},
       {"query", "--machine", "a", "--machine", "b"},
-      {"query", "--format", "csv"},
-      {"query", "--format", "openmetrics"},
+      {"query", "--format", "xml"},
+      {"query", "--format", "CSV"},
       {"query", "--format", "Trace"},
       {"query", "--format", ""},
       {"query", "--repeat", "0"},
@@ -127,6 +144,7 @@ TEST(CommandLine, BadUsageIsOneLine) {
       {"query", "--reinit=maybe"},
       {"query", "--format", "mof"},
       {"classes", "--format", "trace"},
+      {"classes", "--format", "inventory"},
       {"classes", "--machine", "m.json"},
       {"check"},
       {"check", "--format", "json"},
