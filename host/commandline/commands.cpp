@@ -14,6 +14,7 @@
 #include "host/collectors/queryrun.h"
 #include "host/collectors/requesterror.h"
 #include "host/collectors/schemafolder.h"
+#include "host/commandline/answer.h"
 #include "host/files/outputfile.h"
 #include "host/files/standardstreams.h"
 #include "host/formats/collectorlist.h"
