@@ -141,8 +141,9 @@ CLI::App* addQuery(CLI::App& app, QueryCommand& query) {
   command->add_flag("--why", query.why, "Tell each step that failed, behind the answer");
   command->add_flag("--reinit", query.reinit, "Init again before each request but the first");
   addNumber(*command, "--log-level", query.logLevel, std::numeric_limits<int>::min(),
-            "Show core-log entries with a severity up to N on standard error; "
-            "a table shows none without this");
+            "Show core-log entries with a severity up to N on\nstandard error; without this json "
+            "and trace show\n"
+            "them up to 1, the other formats none");
   command->footer(kQueryNotes);
   return command;
 }
