@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "structurebytes.h"
 
 namespace smbiosinventory {
@@ -19,10 +21,10 @@ Lines told(void (*add)(const Structure&, Record&), const OwnedBytes& bytes) {
 const OwnedBytes kUuid = {0x33, 0x22, 0x11, 0x00, 0x55, 0x44, 0x77, 0x66,
                           0x88, 0x99, 0xAA, 0xBB, 0xCC, 0xDD, 0xEE, 0xFF};
 
+// Maker, product, version and serial number, the identifier, how it woke up, SKU number, family.
 OwnedBytes systemFields(const OwnedBytes& uuid) {
-  OwnedBytes fields = {1, 2, 3, 4};  // maker, product, version, serial number
-  fields.insert(fields.end(), uuid.begin(), uuid.end());
-  fields.insert(fields.end(), {6, 5, 6});  // how it woke up, SKU number, family
+  OwnedBytes fields = {1, 2, 3, 4, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 6, 5, 6};
+  std::ranges::copy(uuid, fields.begin() + 4);
   return fields;
 }
 

@@ -38,19 +38,23 @@ TEST_F(SpBmcTest, RequestIsARecordForTheBmc) {
 TEST_F(SpBmcTest, ReplyIsCutFromTheRecord) {
   const struct {
     const char* what;
-    host::SimulatedReply reply;
-    std::optional<Reply> read;
+    const char* record;
+    std::optional<std::int32_t> length;
+    std::uint8_t code;
+    const char* data;
   } kCases[] = {
-      {"data", {false, hex("01 20 0B 02 00 AA BB"), {}}, Reply{0x00, {0xAA, 0xBB}}},
-      {"a refusal with data", {false, hex("01 20 0B 02 CA 01"), {}}, Reply{0xCA, {0x01}}},
-      {"a completion code alone", {false, hex("01 20 0B 02 C9"), {}}, Reply{0xC9, {}}},
-      {"a head alone", {false, hex("01 20 0B 02"), {}}, Reply{0xFF, {}}},
-      {"nothing", {false, {}, {}}, Reply{0xFF, {}}},
-      {"a length below 0", {false, hex("01 20 0B 02 00 AA"), -7}, Reply{0xFF, {}}},
-      {"a shorter length", {false, hex("01 20 0B 02 00 AA BB"), 6}, Reply{0x00, {0xAA}}},
-      {"no answer", {true, {}, {}}, std::nullopt},
+      {"data", "01 20 0B 02 00 AA BB", {}, 0x00, "AA BB"},
+      {"a refusal with data", "01 20 0B 02 CA 01", {}, 0xCA, "01"},
+      {"a completion code alone", "01 20 0B 02 C9", {}, 0xC9, ""},
+      {"a head alone", "01 20 0B 02", {}, 0xFF, ""},
+      {"nothing", "", {}, 0xFF, ""},
+      {"a length below 0", "01 20 0B 02 00 AA", -7, 0xFF, ""},
+      {"a shorter length", "01 20 0B 02 00 AA BB", 6, 0x00, "AA"},
   };
-  for (const auto& c : kCases) EXPECT_EQ(c.read, ask(c.reply, kRead)) << c.what;
+  for (const auto& c : kCases) {
+    EXPECT_EQ((Reply{c.code, hex(c.data)}), ask({false, hex(c.record), c.length}, kRead)) << c.what;
+  }
+  EXPECT_EQ(std::nullopt, ask({true, {}, {}}, kRead));
 }
 
 TEST_F(SpBmcTest, ReplyEndsAtTheRecordsEnd) {

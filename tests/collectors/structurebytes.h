@@ -3,6 +3,7 @@
 // SMBIOS structures written down in a test.
 #pragma once
 
+#include <algorithm>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -16,8 +17,10 @@ using OwnedBytes = std::vector<unsigned char>;
 // A structure as it stands in a table: `fields` are the bytes behind the header.
 inline OwnedBytes structureBytes(unsigned char type, const OwnedBytes& fields,
                                  const std::vector<std::string>& strings = {}) {
-  OwnedBytes bytes = {type, static_cast<unsigned char>(4 + fields.size()), 0x00, 0x00};
-  bytes.insert(bytes.end(), fields.begin(), fields.end());
+  OwnedBytes bytes(4 + fields.size());
+  bytes[0] = type;
+  bytes[1] = static_cast<unsigned char>(bytes.size());
+  std::ranges::copy(fields, bytes.begin() + 4);
   for (const std::string& text : strings) {
     bytes.insert(bytes.end(), text.begin(), text.end());
     bytes.push_back(0);
