@@ -17,16 +17,16 @@ namespace {
 constexpr char kVersion[] = "velhost " VELHOST_VERSION;
 
 constexpr char kDescription[] =
-    "Loads a collector plug-in, queries it and shows the CIM instances that it publishes.";
+    "Loads collector plug-ins, queries them and shows the CIM instances that they\npublish.";
 
 constexpr char kExamplesAndStatuses[] =
     "Examples:\n"
     "  velhost query\n"
-    "      what the firmware collector finds on this machine (as root: SMBIOS needs it)\n"
-    "  velhost query KRXSG_SystemBIOSElement --machine machines/uefi-two-node.json --format json\n"
+    "      what the collectors find on this machine (as root: SMBIOS needs it)\n"
+    "  velhost query KRXSG_SystemBIOSElement --machine server.json --format json\n"
     "      the BIOS element of a machine that a file describes, for jq\n"
     "  velhost record --redact --output server.json\n"
-    "      this machine as a file that can be queried elsewhere, without its serial numbers\n"
+    "      this machine as a file to be queried elsewhere, without serial numbers\n"
     "\n"
     "Exit status:\n"
     "  0  answered\n"
@@ -50,14 +50,15 @@ constexpr char kClassesNotes[] =
     "Formats:\n"
     "  table  for people\n"
     "  json   names, descriptions, properties with their types\n"
-    "  mof    everything, in DMTF's Managed Object Format, superclasses and qualifiers too\n";
+    "  mof    everything, in DMTF's Managed Object Format, with superclasses and\n"
+    "         qualifiers\n";
 
 constexpr char kRecordNotes[] =
     "System credentials among the OEM strings of SMBIOS are always left out.\n"
-    "With --redact the serial numbers, asset tags and unique ids of SMBIOS, of the SPs and of\n"
-    "devices get pseudonyms wherever they stand, also in OEM strings and vendors' structures.\n"
-    "The host's name, addresses and all else stay. docs/machine-file.md lists what is looked\n"
-    "for.\n";
+    "With --redact the serial numbers, asset tags and unique ids of SMBIOS, of the\n"
+    "SPs, of FRUs and of other devices get pseudonyms wherever they stand, also in\n"
+    "OEM strings and vendors' structures. The host's name, addresses and all else\n"
+    "stay. docs/machine-file.md lists what is looked for.\n";
 
 using FormatName = std::pair<std::string_view, Format>;
 constexpr FormatName kQueryFormats[] = {
@@ -122,7 +123,7 @@ void addPlugins(CLI::App& app, std::vector<std::filesystem::path>& plugins) {
          [&plugins](const std::vector<std::string>& files) {
            plugins.assign(files.begin(), files.end());
          },
-         "This plug-in and no others, may be repeated; default: those beside velhost")
+         "This plug-in and no others, may be repeated;\ndefault: those beside velhost")
       ->type_name("FILE")
       ->allow_extra_args(false);
 }
@@ -132,7 +133,7 @@ CLI::App* addQuery(CLI::App& app, QueryCommand& query) {
   command->add_option("CLASS", query.classes, "Classes to ask for; none: all that it serves")
       ->type_name("");
   addPath(*command, "--machine", query.machine,
-          "Ask the machine that this file describes: a machine file or a\nDMI dump; - is standard "
+          "Ask the machine that this file describes: a\nmachine file or a DMI dump; - is standard "
           "input");
   addPlugins(*command, query.plugins);
   addFormat(*command, query.format, kQueryFormats);
@@ -161,11 +162,10 @@ CLI::App* addRecord(CLI::App& app, RecordCommand& record) {
       app.add_subcommand("record", "Query the plug-in and write a machine file that answers alike");
   addPath(*command, "--machine", record.machine, "Record the machine that this file describes");
   addPlugins(*command, record.plugins);
-  addPath(*command, "--output", record.output,
-          "Write the machine file here, for you alone to read");
+  addPath(*command, "--output", record.output, "Write the machine file here, for you alone");
   command->add_flag("--force", record.force, "Replace the output file if it is there");
   command->add_flag("--redact", record.redact,
-                    "Put pseudonyms for serial numbers, asset tags and unique ids");
+                    "Put pseudonyms for serial numbers, asset tags\nand unique ids");
   command->footer(kRecordNotes);
   return command;
 }

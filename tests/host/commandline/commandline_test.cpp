@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 namespace velhost {
 namespace {
 
@@ -191,6 +193,16 @@ TEST(CommandLine, AWordThatIsNotTakenIsNamedWithWhatWasMeant) {
       {{"help", "clases"}, "there is no command clases; did you mean classes?"},
   };
   for (const auto& c : cases) EXPECT_EQ(c.complaint, complaintAbout(c.arguments));
+}
+
+TEST(CommandLine, HelpFitsEightyColumns) {
+  for (const char* const command :
+       {"--help", "query", "classes", "collectors", "record", "check", "help"}) {
+    std::istringstream help(std::get<PrintCommand>(parse({command, "--help"})).text);
+    for (std::string line; std::getline(help, line);) {
+      EXPECT_GE(80U, line.size()) << command << ": " << line;
+    }
+  }
 }
 
 TEST(CommandLine, HelpIsACommandToo) {
