@@ -251,23 +251,32 @@ class ConsoleServerTest(GuestTest):
         self.assertRegex(err, r"\A[^\n]*/dev/ipmi0[^\n]*\n\Z")
 
 
-class RefusingBmcTest(GuestTest):
-    """The same machine with a BMC that does not know the request."""
+class FailingBmcTest(GuestTest):
+    """The machine with the cKVM and a BMC that answers a request for its level with `reply`."""
+
+    reply = None
+    format = None
 
     @classmethod
     def setUpClass(cls):
-        with Bmc(bed.BMC_MODULE, reply="C1") as bmc:
+        with Bmc(bed.BMC_MODULE, cls.reply) as bmc:
             cls.boot(
-                """
+                f"""
                 usb_gadget console KRX "Console cKVM" C1 Loopback.0
                 plug_in console 0
                 await "ls /dev/ipmi0"
-                said all velhost query --log-level -1 --format trace
+                said all velhost query --log-level -1 --format {cls.format}
                 said record velhost record --output recorded.json
                 """,
                 bed.BMC + bed.USB,
                 smbios("KRX Server 3105AC1", "KRX Diagnostics DIA789C12") + bmc.qemu(),
             )
+
+
+class RefusingBmcTest(FailingBmcTest):
+    """The same machine with a BMC that does not know the request."""
+
+    reply, format = "C1", "trace"
 
     def test_standing_level_is_published(self):
         query, = self.answer("all")["queries"]
@@ -283,23 +292,10 @@ class RefusingBmcTest(GuestTest):
         self.assert_replays("all", "recorded.json")
 
 
-class DeafBmcTest(GuestTest):
+class DeafBmcTest(FailingBmcTest):
     """The same machine with a BMC that is found and then answers nothing any more."""
 
-    @classmethod
-    def setUpClass(cls):
-        with Bmc(bed.BMC_MODULE, reply="") as bmc:
-            cls.boot(
-                """
-                usb_gadget console KRX "Console cKVM" C1 Loopback.0
-                plug_in console 0
-                await "ls /dev/ipmi0"
-                said all velhost query --log-level -1 --format json
-                said record velhost record --output recorded.json
-                """,
-                bed.BMC + bed.USB,
-                smbios("KRX Server 3105AC1", "KRX Diagnostics DIA789C12") + bmc.qemu(),
-            )
+    reply, format = "", "json"
 
     def test_silence_is_told_in_one_line_with_status_3(self):
         for name in ("all", "record"):
