@@ -40,7 +40,8 @@ constexpr std::size_t kLongestComplaint = 400;  // room for a path, a place and 
 // Who names a file forgot the option before it; who names no class by a hair gets the hint.
 std::string whatWasMeant(const std::string& name) {
   std::error_code ignored;
-  if (std::filesystem::exists(name, ignored)) {
+  const std::filesystem::file_status status = std::filesystem::status(name, ignored);
+  if (std::filesystem::exists(status) && !std::filesystem::is_directory(status)) {
     return "; a machine is asked with --machine " + name;
   }
   const std::string meant = classSuggestion(name);

@@ -703,6 +703,7 @@ TEST_F(Velhost, AClassThatIsNotThereIsNamedWithWhatWasMeant) {
       {"elephants", "; velhost classes lists them"},
       {"krxsg_vpd", "; did you mean KRXSG_Vpd?"},
       {file, "; a machine is asked with --machine " + file},
+      {folder_.string(), "; velhost classes lists them"},
   };
   for (const auto& [name, hint] : cases) {
     EXPECT_EQ("velhost: \"" + name + "\" is no class" + hint + "\n", run({"query", name}).err);
