@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the program does, one function a command. Each prints its answer and returns the exit
+// What the program does, one function a command, in a file of its name. Each prints its answer and returns the exit
 // status; bad input comes out as InputError or PluginLoadError before anything is printed.
 #pragma once
-
-#include <string_view>
 
 #include "host/commandline/commandline.h"
 
@@ -23,8 +21,5 @@ int run(const CollectorsCommand& command);
 int run(const RecordCommand& command);
 int run(const CheckCommand& command);
 int run(const PrintCommand& command);
-
-// One line of bounded length on standard error, with the program's name.
-void complain(std::string_view what);
 
 }  // namespace velhost

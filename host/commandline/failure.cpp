@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/commandline/failure.h"
 
-#include <exception>
-
 #include "host/collectors/requesterror.h"
+#include "host/commandline/complaint.h"
 #include "host/text/inputerror.h"
 #include "velhost/pluginloader.h"
 

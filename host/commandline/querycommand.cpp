@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+#include <iterator>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "host/collectors/collectorfiles.h"
+#include "host/collectors/queryrun.h"
+#include "host/collectors/schemafolder.h"
+#include "host/commandline/answer.h"
+#include "host/commandline/askedmachine.h"
+#include "host/commandline/classnames.h"
+#include "host/commandline/commands.h"
+#include "host/commandline/complaint.h"
+#include "host/files/standardstreams.h"
+#include "host/formats/whytext.h"
+#include "host/text/utf8.h"
+
+namespace velhost {
+namespace {
+
+using NKRXVEL20::host::LogEntry;
+using NKRXVEL20::host::PublishedInstance;
+
+// Whole, however long: it was asked for.
+void showLogEntry(const LogEntry& entry, int level) {
+  if (entry.severity > level) return;
+  writeErrorLine("log[" + std::to_string(entry.severity) + "]: " + visible(entry.text));
+}
+
+// Documents that have had their shape for long say nothing of the states.
+bool showsStates(Format format) { return format != Format::kJson && format != Format::kTrace; }
+
+bool isIn(const std::vector<std::string>& names, const std::string& name) {
+  return std::ranges::find(names, name) != names.end();
+}
+
+bool hasInstances(const QueryResult& result, const std::string& name) {
+  return std::ranges::find(result.instances, name, &PublishedInstance::className) !=
+         result.instances.end();
+}
+
+// Nobody asked for the other collectors' classes by name: those without instances are not shown, but
+// where something is wrong with them, if that can be shown.
+void leaveOutEmpty(const std::vector<std::string>& classes, Format format, QueryResult& result) {
+  std::erase_if(result.states, [&](const ClassState& state) {
+    const bool isToTell = showsStates(format) && isTrouble(state.state);
+    return isIn(classes, state.className) && !isToTell && !hasInstances(result, state.className);
+  });
+  result.requested.clear();
+  for (const ClassState& state : result.states) result.requested.push_back(state.className);
+}
+
+// How all requests of a query went.
+struct Requests {
+  bool answered = true;
+  std::vector<ClassState> troubled;  // of the last one that has any
+  std::string why;                   // the steps that failed in the last one, where asked for
+};
+
+void noteTrouble(const QueryResult& result, Requests& requests) {
+  std::vector<ClassState> troubled;
+  std::ranges::copy_if(result.states, std::back_inserter(troubled),
+                       [](const ClassState& state) { return isTrouble(state.state); });
+  if (!troubled.empty()) requests.troubled = std::move(troubled);
+}
+
+Requests makeRequests(const QueryCommand& command, QueryRun& queryRun, Answer& answer) {
+  const bool asksForAll = command.classes.empty();
+  const auto classes = asksForAll ? queryRun.defaultClasses() : command.classes;
+  const auto unnamed = asksForAll ? queryRun.companionClasses() : std::vector<std::string>();
+  Requests requests;
+  for (unsigned i = 0; i < command.repeat; ++i) {
+    const Stopwatch watch;
+    QueryResult result = queryRun.request(classes, i == 0 || command.reinit);
+    noteTrouble(result, requests);
+    if (command.why) requests.why = whyText(result);
+    leaveOutEmpty(unnamed, command.format, result);
+    requests.answered = complainOfFailures(result) && requests.answered;
+    answer.add(std::move(result), watch.time());
+  }
+  return requests;
+}
+
+// What the answer itself does not tell: one line with the first class and its reason.
+void complainOfTrouble(const std::vector<ClassState>& troubled) {
+  const ClassState& first = troubled.front();
+  std::string line = first.className + " is " + std::string(stateName(first.state)) + ": ";
+  line += first.reason;
+  const std::size_t more = troubled.size() - 1;
+  if (more > 0) line += "; and " + std::to_string(more) + " more, --format table tells";
+  complain(line);
+}
+
+// The log is for those who ask for it: most formats have the reasons.
+int shownLogLevel(const QueryCommand& command) {
+  constexpr int kNone = std::numeric_limits<int>::min();
+  const bool isShown = command.hasLogLevel || !showsStates(command.format);
+  return isShown ? command.logLevel : kNone;
+}
+
+ExitStatus statusOf(const QueryCommand& command, const Unreadable& unreadable,
+                    const Requests& requests) {
+  const ExitStatus status = unreadable.status(requests.answered);
+  if (status != kAnswered || command.format == Format::kTrace) return status;
+  return requests.troubled.empty() ? kAnswered : kUnreadable;
+}
+
+}  // namespace
+
+int run(const QueryCommand& command) {
+  useSchema(programFolder());
+  for (const std::string& name : command.classes) schemaClass(name);
+  Machine machine = machineOf(command);
+  const Unreadable unreadable(machine);
+  const auto output = outputOf(command, {});
+  auto collectors = collectorFiles(command.plugins, machine, programFolder());
+
+  const int level = shownLogLevel(command);
+  const bool isTrace = command.format == Format::kTrace;
+  QueryRun queryRun(std::move(machine),
+                    {std::move(collectors), isTrace, isTrace,
+                     [level](const LogEntry& entry) { showLogEntry(entry, level); }, command.why});
+  unreadable.tellRefused();
+  Answer answer(command.format, queryRun.context());
+  const Requests requests = makeRequests(command, queryRun, answer);
+  unreadable.tellSilence();
+  const ExitStatus status = statusOf(command, unreadable, requests);
+  const bool isTold = showsStates(command.format) || unreadable.isAny();
+  if (status == kUnreadable && !isTold) complainOfTrouble(requests.troubled);
+  const bool isTable = command.format == Format::kTable;  // the other answers are documents
+  print(output, answer.text() + (isTable && command.why ? '\n' + requests.why : ""));
+  if (!isTable) writeStandardError(requests.why);
+  return status;
+}
+
+}  // namespace velhost
