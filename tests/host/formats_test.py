@@ -67,6 +67,8 @@ def cell(value):
     if isinstance(value, bool) or value is None:
         return {True: "true", False: "false", None: ""}[value]
     date = re.fullmatch(r"(\d{4})(\d\d)(\d\d)(\d\d)(\d\d)(\d\d)\.000000\+000", str(value))
+    if value == "00000000000000.000000+000":  # a date that nobody told
+        return ""
     if not date or value.startswith("0" * 8):
         return str(value)
     day, time = "-".join(date.groups()[:3]), ":".join(date.groups()[3:])
