@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "host/collectors/collectorfiles.h"
+#include "host/collectors/emptyclasses.h"
 #include "host/collectors/queryrun.h"
 #include "host/collectors/schemafolder.h"
 #include "host/commandline/answer.h"
@@ -21,7 +22,6 @@ namespace velhost {
 namespace {
 
 using NKRXVEL20::host::LogEntry;
-using NKRXVEL20::host::PublishedInstance;
 
 // Whole, however long: it was asked for.
 void showLogEntry(const LogEntry& entry, int level) {
@@ -32,24 +32,8 @@ void showLogEntry(const LogEntry& entry, int level) {
 // Documents that have had their shape for long say nothing of the states.
 bool showsStates(Format format) { return format != Format::kJson && format != Format::kTrace; }
 
-bool isIn(const std::vector<std::string>& names, const std::string& name) {
-  return std::ranges::find(names, name) != names.end();
-}
-
-bool hasInstances(const QueryResult& result, const std::string& name) {
-  return std::ranges::find(result.instances, name, &PublishedInstance::className) !=
-         result.instances.end();
-}
-
-// Nobody asked for the other collectors' classes by name: those without instances are not shown, but
-// where something is wrong with them, if that can be shown.
-void leaveOutEmpty(const std::vector<std::string>& classes, Format format, QueryResult& result) {
-  std::erase_if(result.states, [&](const ClassState& state) {
-    const bool isToTell = showsStates(format) && isTrouble(state.state);
-    return isIn(classes, state.className) && !isToTell && !hasInstances(result, state.className);
-  });
-  result.requested.clear();
-  for (const ClassState& state : result.states) result.requested.push_back(state.className);
+EmptyClasses emptyClassesIn(Format format) {
+  return showsStates(format) ? EmptyClasses::kTroubledStay : EmptyClasses::kLeftOut;
 }
 
 // How all requests of a query went.
@@ -76,7 +60,7 @@ Requests makeRequests(const QueryCommand& command, QueryRun& queryRun, Answer& a
     QueryResult result = queryRun.request(classes, i == 0 || command.reinit);
     noteTrouble(result, requests);
     if (command.why) requests.why = whyText(result);
-    leaveOutEmpty(unnamed, command.format, result);
+    leaveOutEmpty(unnamed, emptyClassesIn(command.format), result);
     requests.answered = complainOfFailures(result) && requests.answered;
     answer.add(std::move(result), watch.time());
   }

@@ -46,7 +46,8 @@ std::string parserWords(const nlohmann::detail::exception& error) {
 // keys without a word and does not say where a number is too large.
 class DocumentBuilder : public nlohmann::json_sax<Json> {
  public:
-  explicit DocumentBuilder(std::string_view text) : text_(text) {}
+  DocumentBuilder(std::string_view text, std::size_t mostValues)
+      : text_(text), mostValues_(mostValues) {}
 
   Json take() { return std::move(root_); }
 
@@ -115,8 +116,8 @@ class DocumentBuilder : public nlohmann::json_sax<Json> {
   // Counted when it is in its place, which the complaint names.
   Json* place(Json value) {
     Json* const placed = put(std::move(value));
-    if (++values_ > kMostValues) {
-      fail("the file has more than " + std::to_string(kMostValues) + " values");
+    if (++values_ > mostValues_) {
+      fail("the file has more than " + std::to_string(mostValues_) + " values");
     }
     return placed;
   }
@@ -143,6 +144,7 @@ class DocumentBuilder : public nlohmann::json_sax<Json> {
   }
 
   std::string_view text_;
+  std::size_t mostValues_;
   Json root_;
   std::size_t values_ = 0;
   std::vector<Frame> open_;
@@ -150,10 +152,10 @@ class DocumentBuilder : public nlohmann::json_sax<Json> {
 
 }  // namespace
 
-Json parseDocument(std::string_view text) {
+Json parseDocument(std::string_view text, std::size_t mostValues) {
   constexpr bool kWholeText = true;
   constexpr bool kCommentsAllowed = true;
-  DocumentBuilder builder(text);
+  DocumentBuilder builder(text, mostValues);
   Json::sax_parse(text, &builder, nlohmann::detail::input_format_t::json, kWholeText,
                   kCommentsAllowed);
   return builder.take();

@@ -32,8 +32,8 @@ class DocumentError : public std::runtime_error {
 };
 
 // Comments are allowed, a key that an object has twice is not, nor is what goes beyond kMostLevels
-// or kMostValues: that is refused where it begins. Throws DocumentError.
-Json parseDocument(std::string_view text);
+// or `mostValues`: that is refused where it begins. Throws DocumentError.
+Json parseDocument(std::string_view text, std::size_t mostValues = kMostValues);
 
 // A value in a document and the way to it. Each getter throws DocumentError for a value of another
 // kind. A cursor must not outlive the one that it came from.
@@ -48,9 +48,11 @@ class Cursor {
   [[noreturn]] void fail(const std::string& what) const;
   [[noreturn]] void failAt(std::string_view key, const std::string& what) const;
 
+  const Json& json() const { return *json_; }
   bool isText() const { return json_->is_string(); }
   bool isArray() const { return json_->is_array(); }
   bool isObject() const { return json_->is_object(); }
+  bool isNull() const { return json_->is_null(); }
   bool has(std::string_view key) const { return json_->is_object() && json_->contains(key); }
   std::size_t index() const { return index_; }
 
@@ -70,7 +72,7 @@ class Cursor {
 
   // Calls read(Cursor) for each element; fails when there are more than `most`.
   template <class Read>
-  void eachElement(Read read, std::size_t most = kMostValues) const;
+  void eachElement(Read read, std::size_t most = std::numeric_limits<std::size_t>::max()) const;
 
   // Calls read(key, Cursor) for each member.
   template <class Read>

@@ -27,7 +27,10 @@ bool isForbidden(int error) { return error == EACCES || error == EPERM; }
 }  // namespace
 
 Machine machineOfFile(const std::filesystem::path& file) {
-  MachineFile described = readMachineFile(file);
+  return describedMachine(readMachineFile(file));
+}
+
+Machine describedMachine(MachineFile described) {
   Machine machine;
   machine.source = "file";
   machine.name = std::move(described.name);

@@ -37,6 +37,9 @@ struct Machine {
 // Throws MachineFileError.
 Machine machineOfFile(const std::filesystem::path& file);
 
+// The machine that a file describes, read already.
+Machine describedMachine(MachineFile described);
+
 // The machine that the program runs on.
 Machine liveMachine();
 

@@ -2,11 +2,12 @@
 #include "host/machine/machinefile.h"
 
 #include <algorithm>
-#include <cstdint>
 
 #include "host/files/wholefile.h"
+#include "host/machine/cimvaluefield.h"
 #include "host/machine/jsondocument.h"
 #include "host/machine/machinebudget.h"
+#include "host/machine/machinedocument.h"
 #include "host/machine/machinenames.h"
 #include "host/machine/schemanames.h"
 #include "host/machine/smbiossection.h"
@@ -18,9 +19,6 @@
 namespace velhost {
 namespace {
 
-using NKRXVEL20::ECIMType;
-using NKRXVEL20::TCIMDateTime;
-using NKRXVEL20::TCIMValue;
 using NKRXVEL20::host::CimOperation;
 using NKRXVEL20::host::ClassSchema;
 using NKRXVEL20::host::Fault;
@@ -39,34 +37,6 @@ const ClassSchema& classNamed(const Cursor& at, const std::string& name) {
 
 std::string readClassName(const Cursor& at) { return std::string(classNamed(at, at.text()).name); }
 
-TCIMDateTime readDateTime(const Cursor& at) {
-  TCIMDateTime value(at.text());
-  if (value.ToString() != at.text()) {
-    at.fail("must be a CIM date-time such as 20090714000000.000000+000");
-  }
-  return value;
-}
-
-TCIMValue readValue(const Cursor& at, ECIMType type) {
-  switch (type) {
-    case ECIMType::kString:
-      return TCIMValue(at.text());
-    case ECIMType::kBoolean:
-      return TCIMValue(at.boolean());
-    case ECIMType::kUint8:
-      return TCIMValue(at.integer<std::uint8_t>());
-    case ECIMType::kUint16:
-      return TCIMValue(at.integer<std::uint16_t>());
-    case ECIMType::kUint64:
-      return TCIMValue(at.integer<std::uint64_t>());
-    case ECIMType::kDateTime:
-      return TCIMValue(readDateTime(at));
-    case ECIMType::kEmpty:
-      break;
-  }
-  at.fail("the schema gives this property no type");
-}
-
 PropertyList readProperties(const Cursor& at, const ClassSchema& cimClass) {
   PropertyList properties;
   at.eachMember([&](const std::string& name, const Cursor& value) {
@@ -75,7 +45,7 @@ PropertyList readProperties(const Cursor& at, const ClassSchema& cimClass) {
       value.fail(std::string(cimClass.name) + " has no property of this name" +
                  propertySuggestion(name, cimClass));
     }
-    properties.emplace_back(name, readValue(value, property->type));
+    properties.emplace_back(name, cimValue(value, property->type));
   });
   return properties;
 }
@@ -156,11 +126,6 @@ constexpr Member<DocumentReading> kMembers[] = {
     {"faults", readFaults},
 };
 
-// A DMI dump begins with an entry point (DSP0134, 5.2); no JSON text begins so.
-bool isDump(std::string_view text) {
-  return text.starts_with("_SM_") || text.starts_with("_SM3_") || text.starts_with("_DMI_");
-}
-
 MachineFile machineOfDump(std::string_view dump, const std::filesystem::path& file) {
   MachineFile machine;
   machine.name = toUtf8(file.filename().string());
@@ -185,14 +150,23 @@ void checkFormat(const Cursor& document) {
 
 }  // namespace
 
+// A DMI dump begins with an entry point (DSP0134, 5.2); no JSON text begins so.
+bool isDump(std::string_view text) {
+  return text.starts_with("_SM_") || text.starts_with("_SM3_") || text.starts_with("_DMI_");
+}
+
+MachineFile machineOfDocument(const Json& document, const std::filesystem::path& file) {
+  const Cursor root(document);
+  DocumentReading reading{file.parent_path(), {}};
+  checkFormat(root);
+  readMembers(root, kMembers, reading);
+  return std::move(reading.machine);
+}
+
 MachineFile parseMachineFile(std::string_view text, const std::filesystem::path& file) {
+  if (isDump(text)) return machineOfDump(text, file);
   try {
-    const Json document = parseDocument(text);
-    const Cursor root(document);
-    DocumentReading reading{file.parent_path(), {}};
-    checkFormat(root);
-    readMembers(root, kMembers, reading);
-    return std::move(reading.machine);
+    return machineOfDocument(parseDocument(text), file);
   } catch (const DocumentError& error) {
     throw MachineFileError(file.string() + ":" + error.what());
   }
@@ -202,16 +176,17 @@ std::string machineFileName(const std::filesystem::path& file) {
   return file == kStandardInput ? "standard input" : file.string();
 }
 
-MachineFile readMachineFile(const std::filesystem::path& file) {
-  const std::string name = machineFileName(file);
-  std::string text;
+std::string readInput(const std::filesystem::path& file) {
   try {
-    text =
-        file == kStandardInput ? readStandardInput() : readWholeFile(file, ReadFrom::kFileOrStream);
+    return file == kStandardInput ? readStandardInput()
+                                  : readWholeFile(file, ReadFrom::kFileOrStream);
   } catch (const FileReadError& error) {
-    throw MachineFileError(name + ": cannot be read: " + error.what());
+    throw MachineFileError(machineFileName(file) + ": cannot be read: " + error.what());
   }
-  return isDump(text) ? machineOfDump(text, name) : parseMachineFile(text, name);
+}
+
+MachineFile readMachineFile(const std::filesystem::path& file) {
+  return parseMachineFile(readInput(file), machineFileName(file));
 }
 
 }  // namespace velhost

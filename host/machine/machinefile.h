@@ -53,7 +53,13 @@ MachineFile readMachineFile(const std::filesystem::path& file);
 // What messages call the file.
 std::string machineFileName(const std::filesystem::path& file);
 
-// The same for the text of a machine file that was read already.
+// The bytes of a file that a person named. Throws MachineFileError.
+std::string readInput(const std::filesystem::path& file);
+
+bool isDump(std::string_view text);
+
+// A machine file or dump that was read already; `file` is what messages call it, and where its own
+// files are looked for. Throws MachineFileError.
 MachineFile parseMachineFile(std::string_view text, const std::filesystem::path& file);
 
 }  // namespace velhost
