@@ -112,6 +112,7 @@ void readFaults(const Cursor& at, DocumentReading& document) {
 
 constexpr Member<DocumentReading> kMembers[] = {
     {"format", [](const Cursor&, DocumentReading&) {}, true},  // looked at before all others
+    {"$schema", [](const Cursor& at, DocumentReading&) { static_cast<void>(at.text()); }},
     {"name", [](const Cursor& at, DocumentReading& d) { d.machine.name = at.text(); }, true},
     {"description",
      [](const Cursor& at, DocumentReading& d) { d.machine.description = at.text(); }},

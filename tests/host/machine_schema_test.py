@@ -61,6 +61,7 @@ def fault(**members):
 GOOD = [
     machine(),
     machine(description="", machine_type="5010", missing_classes=["KRXSG_Vpd"]),
+    machine(**{"$schema": "https://example.org/machine.schema.json"}),
     machine(collectors=["DeviceInventory"], instances={"KRXSG_TapeDrive": []}),
     smbios({"type": 0, "handle": 65535, "data": "01 02", "strings": ["a"], "status": -1}),
     smbios({"type": 127}, {"raw": "", "status": 3}, end_status=-1, load_status=1),
@@ -90,6 +91,7 @@ BAD = [
     [], {}, 7,
     {"format": "vel-machine/1"}, {"name": "x"}, {"format": "vel-machine/2", "name": "x"},
     machine(name=1), machine(description=None), machine(machine_type=5010), machine(smbus={}),
+    machine(**{"$schema": {}}), machine(schema="machine.schema.json"),
     machine(smbios=None), machine(sp=[]), machine(instances=[]), machine(faults={}),
     machine(missing_classes=["KRXSG_None"]), machine(missing_classes="KRXSG_Vpd"),
     smbios(end_status=0), smbios(end_status=1.5), smbios(load_status=2147483648), smbios(table=1),

@@ -59,6 +59,7 @@ TEST(MachineFileRefused, TopLevelMembers) {
       {R"("smbus": {})", "/smbus: unknown key; did you mean smbios?"},
       {R"("a/b~": {})", "/a~1b~0: unknown key"},
       {R"("": {})", "/: unknown key"},
+      {R"("$schema": {})", "/$schema: must be a text"},
       {R"("description": null)", "/description: must be a text"},
       {R"("machine_type": 5010)", "/machine_type: must be a text"},
       {R"("smbios": null)", "/smbios: must be an object"},

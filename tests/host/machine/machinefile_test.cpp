@@ -43,6 +43,10 @@ TEST(MachineFile, CommentsAndTextsAreTaken) {
   EXPECT_EQ("", machine.machineType);
 }
 
+TEST(MachineFile, ASchemaMayBeNamedForEditors) {
+  EXPECT_EQ("x", parse(R"(, "$schema": "machine.schema.json")").name);
+}
+
 TEST(MachineFile, StructuresAreLaidOutAsTheStandardSays) {
   const MachineFile machine = parse(R"(, "smbios": { "load_status": 2, "end_status": 9,
     "structures": [
