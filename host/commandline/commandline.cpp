@@ -25,8 +25,10 @@ constexpr char kExamplesAndStatuses[] =
     "      what the collectors find on this machine (as root: SMBIOS needs it)\n"
     "  velhost query KRXSG_SystemBIOSElement --machine server.json --format json\n"
     "      the BIOS element of a machine that a file describes, for jq\n"
-    "  velhost record --redact --output server.json\n"
+    "  velhost record --redact --output recorded.json\n"
     "      this machine as a file to be queried elsewhere, without serial numbers\n"
+    "  velhost help query\n"
+    "      more about a command\n"
     "\n"
     "Exit status:\n"
     "  0  answered\n"
@@ -44,21 +46,62 @@ constexpr char kQueryNotes[] =
     "  openmetrics  for Prometheus: levels, counts, states\n"
     "  trace        everything: typed values, errors, both logs, the traffic\n"
     "With --repeat the answer to the last request is shown; trace shows all of them\n"
-    "and keeps them in memory until then.\n";
+    "and keeps them in memory until then.\n"
+    "\n"
+    "Examples:\n"
+    "  velhost query --why\n"
+    "      what the collectors find on this machine, and each step that failed\n"
+    "  velhost query KRXSG_Vpd --machine server.json\n"
+    "      the components of a machine that a file describes\n"
+    "  velhost query --machine server.dmi --format csv --output server.csv\n"
+    "      what a DMI dump (dmidecode --dump-bin) tells, for a spreadsheet\n";
 
 constexpr char kClassesNotes[] =
     "Formats:\n"
     "  table  for people\n"
     "  json   names, descriptions, properties with their types\n"
     "  mof    everything, in DMTF's Managed Object Format, with superclasses and\n"
-    "         qualifiers\n";
+    "         qualifiers\n"
+    "\n"
+    "Examples:\n"
+    "  velhost classes\n"
+    "      the classes, each with a line about it\n"
+    "  velhost classes KRXSG_Vpd --format mof\n"
+    "      a class with where each of its values comes from\n";
+
+constexpr char kCheckNotes[] =
+    "Prints a line a file: \"FILE: ok\", or on standard error what is wrong where.\n"
+    "\n"
+    "Examples:\n"
+    "  velhost check server.json\n"
+    "      is this a machine file?\n"
+    "  velhost check *.json\n"
+    "      are all of these? Status 2 when one is not\n";
+
+constexpr char kCollectorsNotes[] =
+    "Examples:\n"
+    "  velhost collectors\n"
+    "      which plug-ins there are, from where, and which classes they serve\n";
+
+constexpr char kHelpNotes[] =
+    "Examples:\n"
+    "  velhost help query\n"
+    "      the options and formats of a query\n"
+    "  man velhost\n"
+    "      the manual; man velhost-formats for files and documents\n";
 
 constexpr char kRecordNotes[] =
     "System credentials among the OEM strings of SMBIOS are always left out.\n"
     "With --redact the serial numbers, asset tags and unique ids of SMBIOS, of the\n"
     "SPs, of FRUs and of other devices get pseudonyms wherever they stand, also in\n"
     "OEM strings and vendors' structures. The host's name, addresses and all else\n"
-    "stay. docs/machine-file.md lists what is looked for.\n";
+    "stay. docs/machine-file.md lists what is looked for.\n"
+    "\n"
+    "Examples:\n"
+    "  velhost record --redact --output recorded.json\n"
+    "      this machine, as a file that may be shown to others\n"
+    "  velhost record --machine server.json --force --output copy.json\n"
+    "      what a query asks of a machine that a file describes, and nothing else\n";
 
 using FormatName = std::pair<std::string_view, Format>;
 constexpr FormatName kQueryFormats[] = {
@@ -171,18 +214,23 @@ CLI::App* addRecord(CLI::App& app, RecordCommand& record) {
 }
 
 CLI::App* addCollectors(CLI::App& app) {
-  return app.add_subcommand("collectors", "Show the collectors beside velhost and what they serve");
+  CLI::App* const command =
+      app.add_subcommand("collectors", "Show the collectors beside velhost and what they serve");
+  command->footer(kCollectorsNotes);
+  return command;
 }
 
 CLI::App* addCheck(CLI::App& app, std::vector<std::string>& files) {
   CLI::App* const command = app.add_subcommand("check", "Check machine files");
   command->add_option("FILE", files, "Machine files")->type_name("")->required();
+  command->footer(kCheckNotes);
   return command;
 }
 
 CLI::App* addHelp(CLI::App& app, std::string& topic) {
   CLI::App* const command = app.add_subcommand("help", "Show the help of a command");
   command->add_option("COMMAND", topic, "The command; none: all of them in short")->type_name("");
+  command->footer(kHelpNotes);
   return command;
 }
 
