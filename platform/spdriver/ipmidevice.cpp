@@ -97,14 +97,18 @@ IpmiDevice::Received IpmiDevice::receive(std::vector<unsigned char>& reply, Dead
 }
 
 std::optional<std::vector<unsigned char>> IpmiDevice::ask(const IpmiRequest& request,
-                                                          std::size_t room) {
+                                                          std::size_t room,
+                                                          std::optional<Deadline> latest) {
   using std::chrono::milliseconds;
   const auto start = calls_.now();
+  const Deadline deadline = std::min(start + kIpmiTimeLimit, latest.value_or(Deadline::max()));
   waitedInVain_.reset();
-  const int sent = send(request, start + kIpmiTimeLimit);
+  const int sent = send(request, deadline);
   if (isCallersFault(sent)) return std::nullopt;
-  auto reply = sent < 0 ? std::nullopt : awaitReply(room, start + kIpmiTimeLimit);
-  const auto waited = std::chrono::duration_cast<milliseconds>(calls_.now() - start);
+  auto reply = sent < 0 ? std::nullopt : awaitReply(room, deadline);
+  const auto now = calls_.now();
+  if (!reply && latest && now >= *latest) return std::nullopt;  // the BMC was not waited for long
+  const auto waited = std::chrono::duration_cast<milliseconds>(now - start);
   if (!reply || isGivenUp(*reply, waited)) waitedInVain_ = waited;
   return reply;
 }

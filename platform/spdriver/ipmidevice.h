@@ -33,17 +33,19 @@ class IpmiDevice {
   IpmiDevice(const IpmiDevice&) = delete;
   IpmiDevice& operator=(const IpmiDevice&) = delete;
 
+  using Deadline = std::chrono::steady_clock::time_point;
+
   // The BMC's answer: completion code and data, cut to `room` bytes. nullopt: the request could
-  // not be sent, the device failed, or no answer came within kIpmiTimeLimit.
-  std::optional<std::vector<unsigned char>> ask(const IpmiRequest& request, std::size_t room);
+  // not be sent, the device failed, or no answer came within kIpmiTimeLimit, or before `latest`.
+  std::optional<std::vector<unsigned char>> ask(const IpmiRequest& request, std::size_t room,
+                                                std::optional<Deadline> latest = std::nullopt);
 
   // How long the last request was waited for, when the BMC owes the answer: none came, the device
   // failed, or the kernel's driver gave up and answered in the BMC's place. nullopt otherwise, also
-  // for a request that the driver found wrong.
+  // for a request that the driver found wrong, and for one that was given up at `latest`.
   std::optional<std::chrono::milliseconds> waitedInVain() const { return waitedInVain_; }
 
  private:
-  using Deadline = std::chrono::steady_clock::time_point;
   enum class Received { kReply, kNothingOfOurs, kFailure };
 
   int retried(unsigned long operation, void* argument, Deadline deadline);

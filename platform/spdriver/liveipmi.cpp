@@ -13,6 +13,7 @@
 #include "ipmidevice.h"
 #include "ipmirecord.h"
 #include "printmatrix.h"
+#include "timelimit.h"
 
 namespace NKRXVEL20::host {
 
@@ -66,6 +67,7 @@ class LiveIpmiLibrary : public SPLibrary {
  private:
   std::optional<Bytes> ask(const IpmiRequest& request, std::size_t room);
   bool answersGetDeviceId();
+  bool isOver() const { return timeLimit() && calls_.now() >= *timeLimit(); }
 
   SystemCalls& calls_;
   std::unique_ptr<IpmiDevice> device_;
@@ -75,8 +77,8 @@ class LiveIpmiLibrary : public SPLibrary {
 };
 
 std::optional<Bytes> LiveIpmiLibrary::ask(const IpmiRequest& request, std::size_t room) {
-  if (!device_ || *silence_) return std::nullopt;
-  auto reply = device_->ask(request, room);
+  if (!device_ || *silence_ || isOver()) return std::nullopt;
+  auto reply = device_->ask(request, room, timeLimit());
   if (const auto waited = device_->waitedInVain()) *silence_ = SilentBmc{name_, *waited};
   return reply;
 }
@@ -88,8 +90,10 @@ bool LiveIpmiLibrary::answersGetDeviceId() {
 }
 
 bool LiveIpmiLibrary::IsBMCMachine() {
-  if (!bmc_) bmc_ = answersGetDeviceId();
-  return *bmc_;
+  if (bmc_) return *bmc_;
+  const bool answers = answersGetDeviceId();
+  if (answers || !isOver()) bmc_ = answers;
+  return answers;
 }
 
 bool LiveIpmiLibrary::sendIPMICommand(unsigned char* bytes, int* length, int capacity,

@@ -6,11 +6,11 @@
 #include <map>
 #include <optional>
 #include <span>
-#include <thread>
 #include <utility>
 
 #include "ipmirecord.h"
 #include "printmatrix.h"
+#include "timelimit.h"
 #include "velhost/spdriver.h"
 
 namespace NKRXVEL20::host {
@@ -103,8 +103,10 @@ int reportedLength(const SimulatedReply& reply, std::size_t trueLength) {
 
 class SimulatedSPLibrary : public SPLibrary {
  public:
-  explicit SimulatedSPLibrary(SimulatedSP description)
-      : description_(std::move(description)), ipmiCommands_(std::move(description_.ipmiCommands)) {
+  SimulatedSPLibrary(SimulatedSP description, Clock& clock)
+      : description_(std::move(description)),
+        clock_(clock),
+        ipmiCommands_(std::move(description_.ipmiCommands)) {
     for (DotCommandEntry& entry : description_.dotCommands) {
       dotCommands_.add({entry.sp, entry.command}, entry.data, std::move(entry.replies));
     }
@@ -140,13 +142,24 @@ class SimulatedSPLibrary : public SPLibrary {
 
  private:
   bool speaks() const { return description_.kind != SPKind::kNone && description_.answers; }
-  void takeTime() const { std::this_thread::sleep_for(description_.latency); }
+  bool takesTime() const;
 
   SimulatedSP description_;
+  Clock& clock_;
   Script<DotCommand> dotCommands_;
   Script<Bytes> tamberCommands_;
   IpmiScript ipmiCommands_;
 };
+
+// False when the time was over before the answer came.
+bool SimulatedSPLibrary::takesTime() const {
+  if (description_.latency <= std::chrono::microseconds::zero()) return true;
+  const TimePoint start = clock_.now();
+  const TimePoint answer = start + description_.latency;
+  const TimePoint end = std::min(answer, timeLimit().value_or(answer));
+  clock_.sleep(std::chrono::ceil<std::chrono::microseconds>(end - start));
+  return end == answer;
+}
 
 // The component counts come from the description, so the lists are left without an entry.
 bool SimulatedSPLibrary::buildDotCommandList(unsigned char* list0, unsigned char* list1,
@@ -166,8 +179,7 @@ int SimulatedSPLibrary::getComponentdotCmdList(unsigned char* command, int comma
 
 bool SimulatedSPLibrary::sendDotCommand(dotCmd* command, unsigned char* reply, int* replyLength,
                                         int spIndex, int bufferSize) {
-  takeTime();
-  if (!speaks()) return false;
+  if (!takesTime() || !speaks()) return false;
   const SimulatedReply* answer = dotCommands_.answer({spIndex, command->command}, command->data);
   if (answer == nullptr) return false;
   const auto room = static_cast<std::size_t>(std::max(bufferSize, 0));
@@ -177,8 +189,7 @@ bool SimulatedSPLibrary::sendDotCommand(dotCmd* command, unsigned char* reply, i
 
 bool SimulatedSPLibrary::sendTamberCommand(TamberCmd* command, int* replyLength,
                                            unsigned char* reply) {
-  takeTime();
-  if (!speaks()) return false;
+  if (!takesTime() || !speaks()) return false;
   const SimulatedReply* answer = tamberCommands_.answer(command->command, command->data);
   if (answer == nullptr) return false;
   const std::size_t written = write(answer->bytes, {reply, kTamberReplySize});
@@ -189,11 +200,11 @@ bool SimulatedSPLibrary::sendTamberCommand(TamberCmd* command, int* replyLength,
 
 bool SimulatedSPLibrary::sendIPMICommand(unsigned char* bytes, int* length, int capacity,
                                          bool /*wait*/) {
-  takeTime();
+  *length = 0;
+  if (!takesTime()) return false;
   const std::span<unsigned char> buffer = ipmiBuffer(bytes, capacity);
   const std::span<const unsigned char> request = ipmiRequest(buffer);
   const SimulatedReply* answer = ipmiCommands_.answer(request);
-  *length = 0;
   if (answer == nullptr) return false;
   const std::size_t written = write(answer->bytes, buffer);
   std::ranges::fill(buffer.subspan(written), static_cast<unsigned char>(0));
@@ -203,8 +214,8 @@ bool SimulatedSPLibrary::sendIPMICommand(unsigned char* bytes, int* length, int 
 
 }  // namespace
 
-std::unique_ptr<SPLibrary> makeSimulatedSP(SimulatedSP description) {
-  return std::make_unique<SimulatedSPLibrary>(std::move(description));
+std::unique_ptr<SPLibrary> makeSimulatedSP(SimulatedSP description, Clock& clock) {
+  return std::make_unique<SimulatedSPLibrary>(std::move(description), clock);
 }
 
 }  // namespace NKRXVEL20::host

@@ -5,6 +5,8 @@
 #include <span>
 
 #include "ipmirecord.h"
+#include "observed.h"
+#include "timelimit.h"
 
 namespace NKRXVEL20::host {
 
@@ -37,8 +39,9 @@ std::size_t bytesUpToZeros(std::span<const unsigned char> buffer) {
   return static_cast<std::size_t>(buffer.rend() - last);
 }
 
-void count(const TrafficEntry& entry, CommandTally& tally) {
+void count(const TrafficEntry& entry, bool isCutOff, CommandTally& tally) {
   ++tally.sent;
+  tally.isCutOff = isCutOff;
   tally.refused += entry.answered ? 0 : 1;
   tally.answered = entry.answered;
   if (!entry.answered) return;
@@ -65,18 +68,65 @@ void TrafficRecorder::forgetUse() {
 
 bool TrafficRecorder::record(TrafficEntry entry) {
   const bool answered = entry.answered;
-  if (CommandTally* const tally = tallyOf(entry)) count(entry, *tally);
+  const bool isCutOff = !answered && isTimeOver();
+  use_.isCutOff = use_.isCutOff || isCutOff;
+  if (CommandTally* const tally = tallyOf(entry)) count(entry, isCutOff, *tally);
   if (keepsTraffic_) traffic_.push_back(std::move(entry));
   return answered;
+}
+
+// The time is over: nothing is sent, so there is no traffic either.
+bool TrafficRecorder::refuse(const TrafficEntry& entry) {
+  use_.isCutOff = true;
+  if (CommandTally* const tally = tallyOf(entry)) {
+    ++tally->unsent;
+    tally->isCutOff = true;
+    tally->answered = false;
+  }
+  return false;
+}
+
+// `send` fills in what came of it.
+template <class Send>
+bool TrafficRecorder::pass(TrafficEntry entry, Send send) {
+  if (isTimeOver()) return refuse(entry);
+  TrafficObserver* const observer = trafficObserver();
+  if (observer != nullptr) observer->sends(entry);
+  send(entry);
+  if (observer != nullptr) observer->got(entry);
+  return record(std::move(entry));
+}
+
+int TrafficRecorder::discoverSPs() {
+  const int count = library_->discoverSPs();
+  if (TrafficObserver* const observer = trafficObserver()) observer->found(count);
+  return count;
+}
+
+// A BMC that could not be asked any more is none that is not there.
+bool TrafficRecorder::IsBMCMachine() {
+  const bool has = library_->IsBMCMachine();
+  if (has || !isTimeOver()) {
+    use_.hasBmc = has;
+  } else if (!use_.hasBmc) {
+    use_.isCutOff = true;
+  }
+  return has;
+}
+
+void TrafficRecorder::printMatrix(const unsigned char* bytes, int length) {
+  if (TrafficObserver* const observer = trafficObserver()) observer->prints();
+  library_->printMatrix(bytes, length);
 }
 
 int TrafficRecorder::getComponentdotCmdList(unsigned char* command, int commandLength,
                                             unsigned char* list0, unsigned char* list1,
                                             unsigned char* list2) {
   const int count = library_->getComponentdotCmdList(command, commandLength, list0, list1, list2);
-  if (commandLength >= kComponentKeySize) {
-    componentsAsked_[Bytes(command, command + kComponentKeySize)] = count;
-  }
+  if (commandLength < kComponentKeySize) return count;
+  const Bytes component(command, command + kComponentKeySize);
+  componentsAsked_[component] = count;
+  if (TrafficObserver* const observer = trafficObserver()) observer->counted(component, count);
   return count;
 }
 
@@ -90,13 +140,13 @@ bool TrafficRecorder::sendDotCommand(dotCmd* command, unsigned char* reply, int*
   entry.data = command->data;
   const std::span<const unsigned char> buffer(reply,
                                               static_cast<std::size_t>(std::max(bufferSize, 0)));
-  const Bytes before(buffer.begin(), buffer.end());
-  entry.answered = library_->sendDotCommand(command, reply, replyLength, spIndex, bufferSize);
-  if (entry.answered) {
-    entry.length = *replyLength;
-    entry.reply = bytesGot(buffer, changedBytes(buffer, before), entry.length);
-  }
-  return record(std::move(entry));
+  return pass(std::move(entry), [&](TrafficEntry& sent) {
+    const Bytes before(buffer.begin(), buffer.end());
+    sent.answered = library_->sendDotCommand(command, reply, replyLength, spIndex, bufferSize);
+    if (!sent.answered) return;
+    sent.length = *replyLength;
+    sent.reply = bytesGot(buffer, changedBytes(buffer, before), sent.length);
+  });
 }
 
 bool TrafficRecorder::sendTamberCommand(TamberCmd* command, int* replyLength,
@@ -108,13 +158,13 @@ bool TrafficRecorder::sendTamberCommand(TamberCmd* command, int* replyLength,
   entry.flag0 = command->flag0;
   entry.flag1 = command->flag1;
   const std::span<const unsigned char> buffer(reply, kTamberReplySize);
-  const Bytes before(buffer.begin(), buffer.end());
-  entry.answered = library_->sendTamberCommand(command, replyLength, reply);
-  if (entry.answered) {
-    entry.length = *replyLength;
-    entry.reply = bytesGot(buffer, changedBytes(buffer, before), kTamberHeaderSize + entry.length);
-  }
-  return record(std::move(entry));
+  return pass(std::move(entry), [&](TrafficEntry& sent) {
+    const Bytes before(buffer.begin(), buffer.end());
+    sent.answered = library_->sendTamberCommand(command, replyLength, reply);
+    if (!sent.answered) return;
+    sent.length = *replyLength;
+    sent.reply = bytesGot(buffer, changedBytes(buffer, before), kTamberHeaderSize + sent.length);
+  });
 }
 
 bool TrafficRecorder::sendIPMICommand(unsigned char* bytes, int* length, int capacity, bool wait) {
@@ -123,12 +173,13 @@ bool TrafficRecorder::sendIPMICommand(unsigned char* bytes, int* length, int cap
   const std::span<const unsigned char> buffer = ipmiBuffer(bytes, capacity);
   const std::span<const unsigned char> request = ipmiRequest(buffer);
   entry.command.assign(request.begin(), request.end());
-  entry.answered = library_->sendIPMICommand(bytes, length, capacity, wait);
-  if (entry.answered) {
-    entry.length = *length;
-    entry.reply = bytesGot(buffer, bytesUpToZeros(buffer), entry.length);
-  }
-  return record(std::move(entry));
+  *length = 0;  // as the driver has it when it fails
+  return pass(std::move(entry), [&](TrafficEntry& sent) {
+    sent.answered = library_->sendIPMICommand(bytes, length, capacity, wait);
+    if (!sent.answered) return;
+    sent.length = *length;
+    sent.reply = bytesGot(buffer, bytesUpToZeros(buffer), sent.length);
+  });
 }
 
 }  // namespace NKRXVEL20::host

@@ -27,13 +27,13 @@ class TrafficRecorder : public SPLibrary {
   const DriverUse& use() const { return use_; }
   void forgetUse();
 
-  int discoverSPs() override { return library_->discoverSPs(); }
+  int discoverSPs() override;
   bool checkSPComm() override { return *(use_.answers = library_->checkSPComm()); }
   bool isDotcommand() override { return *(use_.isDotCommand = library_->isDotcommand()); }
   bool isTamber() override { return *(use_.isTamber = library_->isTamber()); }
   bool isTwgStop() override { return library_->isTwgStop(); }
   bool isTvmlibrary() override { return *(use_.hasTvmLibrary = library_->isTvmlibrary()); }
-  bool IsBMCMachine() override { return *(use_.hasBmc = library_->IsBMCMachine()); }
+  bool IsBMCMachine() override;
   bool IsIPMIDriversPresent() override {
     return *(use_.hasIpmiDrivers = library_->IsIPMIDriversPresent());
   }
@@ -43,9 +43,7 @@ class TrafficRecorder : public SPLibrary {
                            unsigned char* list2) override {
     return *(use_.hasCommandList = library_->buildDotCommandList(list0, list1, list2));
   }
-  void printMatrix(const unsigned char* bytes, int length) override {
-    library_->printMatrix(bytes, length);
-  }
+  void printMatrix(const unsigned char* bytes, int length) override;
 
   int getComponentdotCmdList(unsigned char* command, int commandLength, unsigned char* list0,
                              unsigned char* list1, unsigned char* list2) override;
@@ -55,6 +53,9 @@ class TrafficRecorder : public SPLibrary {
   bool sendIPMICommand(unsigned char* bytes, int* length, int capacity, bool wait) override;
 
  private:
+  template <class Send>
+  bool pass(TrafficEntry entry, Send send);
+  bool refuse(const TrafficEntry& entry);
   bool record(TrafficEntry entry);
   CommandTally* tallyOf(const TrafficEntry& entry);
 

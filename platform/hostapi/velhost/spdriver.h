@@ -14,6 +14,7 @@
 
 #include "vel/export.h"
 #include "vel/splibrary.h"
+#include "velhost/commandtime.h"
 
 namespace NKRXVEL20::host {
 
@@ -67,8 +68,9 @@ struct SimulatedSP {
   std::vector<IpmiCommandEntry> ipmiCommands;
 };
 
-// A driver that answers from a description.
-VEL_API std::unique_ptr<SPLibrary> makeSimulatedSP(SimulatedSP description);
+// A driver that answers from a description. The clock must outlive it.
+VEL_API std::unique_ptr<SPLibrary> makeSimulatedSP(SimulatedSP description,
+                                                   Clock& clock = steadyClock());
 
 // A BMC that owes an answer.
 struct SilentBmc {
@@ -127,6 +129,8 @@ struct CommandTally {
   unsigned refused = 0;   // of these
   bool answered = false;  // the last time
   Bytes reply = {};       // the last one, cut to kTallyReplySize
+  unsigned unsent = 0;    // how often it was not sent, as the time was over
+  bool isCutOff = false;  // the time was over before the last one was answered
 };
 
 inline constexpr std::size_t kTallyReplySize = 64;
@@ -141,6 +145,7 @@ struct DriverUse {
   std::optional<bool> hasBmc;
   std::optional<bool> hasIpmiDrivers;
   std::optional<bool> hasCommandList;
+  bool isCutOff = false;               // the time was over before all was asked
   std::vector<CommandTally> commands;  // in the order in which each was sent first
 };
 
