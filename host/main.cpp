@@ -5,6 +5,7 @@
 #include "host/commandline/commandline.h"
 #include "host/commandline/commands.h"
 #include "host/commandline/failure.h"
+#include "host/files/interruption.h"
 #include "host/files/standardstreams.h"
 
 int main(int argc, char* argv[]) {
@@ -12,6 +13,7 @@ int main(int argc, char* argv[]) {
   static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
   try {
     velhost::occupyStandardStreams();
+    velhost::tellInterruptions();
     return std::visit([](const auto& command) { return velhost::run(command); },
                       velhost::parseCommandLine(argc, argv));
   } catch (...) {

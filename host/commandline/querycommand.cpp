@@ -16,6 +16,7 @@
 #include "host/commandline/complaint.h"
 #include "host/files/standardstreams.h"
 #include "host/formats/whytext.h"
+#include "host/progress/progressdisplay.h"
 #include "host/text/utf8.h"
 
 namespace velhost {
@@ -55,7 +56,9 @@ Requests makeRequests(const QueryCommand& command, QueryRun& queryRun, Answer& a
   const auto classes = asksForAll ? queryRun.defaultClasses() : command.classes;
   const auto unnamed = asksForAll ? queryRun.companionClasses() : std::vector<std::string>();
   Requests requests;
+  ProgressDisplay progress;
   for (unsigned i = 0; i < command.repeat; ++i) {
+    progress.begin(!command.reinit || i + 1 == command.repeat);
     const Stopwatch watch;
     QueryResult result = queryRun.request(classes, i == 0 || command.reinit);
     noteTrouble(result, requests);

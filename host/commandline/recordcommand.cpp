@@ -5,9 +5,18 @@
 #include "host/commandline/commands.h"
 #include "host/commandline/complaint.h"
 #include "host/machine/machinewriter.h"
+#include "host/progress/progressdisplay.h"
 #include "host/recording/record.h"
 
 namespace velhost {
+namespace {
+
+Recording recordShown(Machine machine, const RecordOptions& options) {
+  const ProgressDisplay progress;
+  return record(std::move(machine), options);
+}
+
+}  // namespace
 
 int run(const RecordCommand& command) {
   useSchema(programFolder());
@@ -15,7 +24,8 @@ int run(const RecordCommand& command) {
   const Unreadable unreadable(machine);
   const auto output = outputOf(command, {.isPrivate = true, .mayReplace = command.force});
   auto collectors = collectorFiles(command.plugins, machine, programFolder());
-  const Recording recording = record(std::move(machine), {std::move(collectors), command.redact});
+  const Recording recording =
+      recordShown(std::move(machine), {std::move(collectors), command.redact});
   unreadable.tellRefused();
   const bool answered = complainOfFailures(recording);
   unreadable.tellSilence();

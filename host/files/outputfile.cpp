@@ -5,12 +5,13 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <random>
 #include <string>
 #include <utility>
 
+#include "host/files/interruption.h"
+#include "host/files/signalsheld.h"
 #include "host/files/writeall.h"
 #include "host/text/inputerror.h"
 
@@ -24,23 +25,6 @@ constexpr mode_t kPrivateFileMode = 0600;
 constexpr mode_t kOurPermissions = 0777;
 constexpr mode_t kStrangersPermissions = 0755;
 constexpr int kMostNames = 100;
-
-// No signal ends the program while this lives: a new file would stay behind under its first name.
-// There is no other thread that a signal could go to. What arrives is answered afterwards.
-class SignalsHeld {
- public:
-  SignalsHeld() {
-    sigset_t all{};
-    sigfillset(&all);
-    ::pthread_sigmask(SIG_BLOCK, &all, &before_);
-  }
-  ~SignalsHeld() { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-  SignalsHeld(const SignalsHeld&) = delete;
-  SignalsHeld& operator=(const SignalsHeld&) = delete;
-
- private:
-  sigset_t before_{};
-};
 
 // Short, so that it fits where any name fits.
 std::string randomName() { return ".velhost-" + std::to_string(std::random_device{}()); }
@@ -140,6 +124,7 @@ void OutputFile::open() {
 
 void OutputFile::write(std::string_view text) {
   if (isReplaced(target_)) return replace(text);
+  noteWritten();
   orFail(writeAll(calls_, open_.get(), text));
   orFail(open_.close());
 }
@@ -148,7 +133,7 @@ void OutputFile::write(std::string_view text) {
 void OutputFile::replace(std::string_view text) const {
   const bool keepsMode = target_.status && !rules_.isPrivate;
   const bool isOurs = target_.status || rules_.isPrivate;
-  const SignalsHeld held;
+  const SignalsHeld held;  // the new file would stay behind under its first name
   NewFile file(calls_, target_.folder.get(), isOurs ? kPrivateFileMode : kNewFileMode);
   orFail(file.error());
   if (keepsMode) file.giveMode(keptMode(*target_.status));
@@ -157,6 +142,7 @@ void OutputFile::replace(std::string_view text) const {
   const int error = rules_.mayReplace ? file.replace(name) : file.takeFreeName(name);
   if (error == -EEXIST && !rules_.mayReplace) refuseToReplace(file_);
   orFail(error);
+  noteWritten();
 }
 
 int OutputFile::orFail(int result) const {

@@ -8,6 +8,8 @@
 #include <string>
 #include <system_error>
 
+#include "host/files/interruption.h"
+#include "host/files/statusline.h"
 #include "host/files/writeall.h"
 #include "host/text/inputerror.h"
 
@@ -35,11 +37,14 @@ void occupyStandardStreams(FileCalls& calls) {
 }
 
 void writeStandardOutput(std::string_view text, FileCalls& calls) {
+  const StatusLineHidden hidden;
+  if (!text.empty()) noteWritten();
   const int error = writeAll(calls, STDOUT_FILENO, text);
   if (error < 0) failWrite("standard output", -error);
 }
 
 void writeStandardError(std::string_view text, FileCalls& calls) {
+  const StatusLineHidden hidden;
   static_cast<void>(writeAll(calls, STDERR_FILENO, text));
 }
 
