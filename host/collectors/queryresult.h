@@ -35,8 +35,9 @@ struct QueryResult {
   std::vector<NKRXVEL20::host::PublishedInstance> instances;
   std::vector<ClassState> states;          // one for each requested class, in order
   std::vector<CollectorState> collectors;  // those that were asked, in the order of the first time
-  std::optional<RequestError> error;       // the first of those that were asked for their classes
-  std::vector<std::string> failures;       // a line for each collector that failed besides
+  bool isCutOff = false;  // the time was over before all was asked, and a class lacks something
+  std::optional<RequestError> error;  // the first of those that were asked for their classes
+  std::vector<std::string> failures;  // a line for each collector that failed besides
   std::vector<NKRXVEL20::host::LogEntry> coreLog;  // kept where it is asked for, as the two below
   std::vector<NKRXVEL20::host::LogEntry> failureLog;
   std::vector<NKRXVEL20::host::TrafficEntry> traffic;

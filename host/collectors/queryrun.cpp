@@ -44,6 +44,7 @@ bool isCompanion(const Collector& collector, const std::string& provider) {
 }  // namespace
 
 QueryRun::PlatformGuard::~PlatformGuard() {
+  host::setTimeLimit(std::nullopt);
   host::setCoreLogSink({});
   host::setFailureLogSink({});
   host::setSPLibrary(nullptr);
@@ -53,7 +54,7 @@ QueryRun::PlatformGuard::~PlatformGuard() {
 
 QueryRun::QueryRun(Machine machine, RunOptions options)
     : options_(std::move(options)),
-      witness_(machine),
+      witness_(machine, options_.timeLimit),
       listed_(machine.collectors.begin(), machine.collectors.end()) {
   context_.machineSource = machine.source;
   context_.machineName = machine.name;
@@ -263,6 +264,11 @@ void QueryRun::note(const std::string& whose, const RequestError& error, QueryRe
   }
 }
 
+void QueryRun::setTimeLimit() const {
+  if (options_.timeLimit <= std::chrono::milliseconds::zero()) return;
+  host::setTimeLimit(options_.clock->now() + options_.timeLimit, *options_.clock);
+}
+
 // What other collectors published is collected anew after Init, and takes the place of the old.
 void QueryRun::restart() {
   collectors_->restart();
@@ -286,6 +292,7 @@ QueryResult QueryRun::request(const std::vector<std::string>& classes, bool init
   collectedAside_.clear();
   failedAside_.clear();
   witness_.begin(init);
+  setTimeLimit();
   if (init) restart();
   for (const Question& question : questionsOf(classes)) ask(question, result);
   conclude(result);

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <boost/shared_ptr.hpp>
+#include <chrono>
 #include <map>
 #include <memory>
 #include <optional>
@@ -15,16 +16,19 @@
 #include "host/collectors/queryresult.h"
 #include "host/collectors/witness.h"
 #include "host/machine/machine.h"
+#include "velhost/commandtime.h"
 #include "velhost/log.h"
 
 namespace velhost {
 
 struct RunOptions {
   CollectorFiles collectors;
-  bool keepLogs = false;               // they go into the results
-  bool keepTraffic = false;            // as well
-  NKRXVEL20::host::LogSink onCoreLog;  // gets every core-log entry as it comes
-  bool keepSteps = false;              // those that failed, with the classes' states
+  bool keepLogs = false;                   // they go into the results
+  bool keepTraffic = false;                // as well
+  NKRXVEL20::host::LogSink onCoreLog;      // gets every core-log entry as it comes
+  bool keepSteps = false;                  // those that failed, with the classes' states
+  std::chrono::milliseconds timeLimit{0};  // of each request's commands; 0: none
+  NKRXVEL20::host::Clock* clock = &NKRXVEL20::host::steadyClock();  // that the limit goes by
 };
 
 // Sets the platform up for the machine while it lives, so there is one at a time.
@@ -50,7 +54,8 @@ class QueryRun {
 
   // Asks for classes of the schema, each of the collector that serves it. Runs Init first when
   // `init` is set or no Init has succeeded yet. An exception of a plug-in or the framework ends up
-  // in the result.
+  // in the result. When its time is over nothing more is sent to SPs and BMCs, and what they were
+  // not asked is told with the classes' states.
   QueryResult request(const std::vector<std::string>& classes, bool init);
 
  private:
@@ -78,6 +83,7 @@ class QueryRun {
   std::optional<RequestError> answerOf(Collector& collector,
                                        const std::vector<std::string>& classes);
   void note(const std::string& whose, const RequestError& error, QueryResult& result);
+  void setTimeLimit() const;
   void restart();
   bool collectOnDemand(const std::string& className);
   void askAside(Collector& collector, const std::string& className);

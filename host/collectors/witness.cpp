@@ -25,11 +25,16 @@ bool isSameKind(const host::RefusedCall& a, const host::RefusedCall& b) {
 
 bool isRefusal(const RequestError& error) { return error.code == NKRXVEL20::kErrorClassNotServed; }
 
+bool lacksSomething(const ClassState& state) {
+  return state.state == State::kPartial || isTrouble(state.state);
+}
+
 }  // namespace
 
-Witness::Witness(const Machine& machine)
+Witness::Witness(const Machine& machine, std::chrono::milliseconds timeLimit)
     : isLive_(machine.source == "live"), silence_(machine.silence) {
   seen_.refused = machine.refused;
+  seen_.timeLimit = timeLimit;
 }
 
 void Witness::begin(bool init) {
@@ -104,6 +109,7 @@ void Witness::conclude(host::CimNamespace& ns, bool keepSteps, QueryResult& resu
     if (keepSteps) result.states.back().steps = failedSteps(cimClass, outcome, seen);
   }
   result.collectors = std::exchange(answers_, {});
+  result.isCutOff = seen.driver.isCutOff && std::ranges::any_of(result.states, lacksSomething);
 }
 
 }  // namespace velhost

@@ -3,6 +3,7 @@
 // Sees what happens while collectors are asked, and says what it makes of the classes.
 #pragma once
 
+#include <chrono>
 #include <map>
 #include <memory>
 #include <optional>
@@ -18,7 +19,8 @@ namespace velhost {
 
 class Witness {
  public:
-  explicit Witness(const Machine& machine);
+  // `timeLimit`: of each request; 0: none.
+  Witness(const Machine& machine, std::chrono::milliseconds timeLimit);
 
   // A request begins. Collectors collect once after Init and publish at each request, so what was
   // seen stays until the next Init.

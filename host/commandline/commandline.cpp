@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <limits>
 #include <span>
 #include <string_view>
@@ -133,6 +134,33 @@ void addNumber(CLI::App& app, const std::string& name, Number& value, Number low
       ->default_str(std::to_string(value));
 }
 
+constexpr double kMostSeconds = 1000000;
+
+// nullopt: no number of seconds. One that is less than a millisecond is none.
+std::optional<std::chrono::milliseconds> readSeconds(std::string_view text) {
+  double seconds = 0;
+  const char* const end = text.data() + text.size();
+  const auto [rest, error] = std::from_chars(text.data(), end, seconds, std::chars_format::fixed);
+  if (error != std::errc() || rest != end || !(seconds >= 0.001 && seconds <= kMostSeconds)) {
+    return std::nullopt;
+  }
+  return std::chrono::milliseconds(std::llround(seconds * 1000));
+}
+
+void addSeconds(CLI::App& app, const std::string& name,
+                std::optional<std::chrono::milliseconds>& time, const std::string& description) {
+  app.add_option_function<std::string>(
+         name,
+         [name, &time](const std::string& text) {
+           time = readSeconds(text);
+           if (time) return;
+           throw CLI::ValidationError(
+               name, "\"" + text + "\" is no number of seconds from 0.001 to 1000000");
+         },
+         description)
+      ->type_name("SECONDS");
+}
+
 void addFormat(CLI::App& app, Format& format, std::span<const FormatName> names) {
   std::string list;
   for (const auto& [name, value] : names) list += (list.empty() ? "" : ", ") + std::string(name);
@@ -182,6 +210,9 @@ CLI::App* addQuery(CLI::App& app, QueryCommand& query) {
   addFormat(*command, query.format, kQueryFormats);
   addPath(*command, "--output", query.output, "Write the answer to this file");
   addNumber(*command, "--repeat", query.repeat, 1U, "Make N requests");
+  addSeconds(*command, "--timeout", query.timeout,
+             "Ask SPs and BMCs nothing more when the request\ntook so long; default: 300 on this "
+             "machine, no\nlimit for one that a file describes");
   command->add_flag("--why", query.why, "Tell each step that failed, behind the answer");
   command->add_flag("--reinit", query.reinit, "Init again before each request but the first");
   addNumber(*command, "--log-level", query.logLevel, std::numeric_limits<int>::min(),

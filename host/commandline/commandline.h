@@ -3,6 +3,7 @@
 // The command line, read into plain values.
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -26,6 +27,7 @@ struct QueryCommand {
   int logLevel = 1;
   bool hasLogLevel = false;  // it was given
   bool why = false;
+  std::optional<std::chrono::milliseconds> timeout;
 };
 
 struct ClassesCommand {

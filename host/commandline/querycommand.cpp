@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
+#include <chrono>
 #include <iterator>
 #include <limits>
 #include <string>
@@ -17,6 +18,7 @@
 #include "host/files/standardstreams.h"
 #include "host/formats/whytext.h"
 #include "host/progress/progressdisplay.h"
+#include "host/reasons/words.h"
 #include "host/text/utf8.h"
 
 namespace velhost {
@@ -42,6 +44,7 @@ struct Requests {
   bool answered = true;
   std::vector<ClassState> troubled;  // of the last one that has any
   std::string why;                   // the steps that failed in the last one, where asked for
+  bool isCutOff = false;             // the time of one of them was over before all was asked
 };
 
 void noteTrouble(const QueryResult& result, Requests& requests) {
@@ -62,12 +65,21 @@ Requests makeRequests(const QueryCommand& command, QueryRun& queryRun, Answer& a
     const Stopwatch watch;
     QueryResult result = queryRun.request(classes, i == 0 || command.reinit);
     noteTrouble(result, requests);
+    requests.isCutOff = requests.isCutOff || result.isCutOff;
     if (command.why) requests.why = whyText(result);
     leaveOutEmpty(unnamed, emptyClassesIn(command.format), result);
     requests.answered = complainOfFailures(result) && requests.answered;
     answer.add(std::move(result), watch.time());
   }
   return requests;
+}
+
+// A BMC that answers each command at the last moment does not keep a query for hours.
+constexpr std::chrono::minutes kLiveTimeLimit{5};
+
+std::chrono::milliseconds timeLimitOf(const QueryCommand& command) {
+  return command.timeout.value_or(command.machine ? std::chrono::milliseconds::zero()
+                                                  : kLiveTimeLimit);
 }
 
 // What the answer itself does not tell: one line with the first class and its reason.
@@ -80,6 +92,12 @@ void complainOfTrouble(const std::vector<ClassState>& troubled) {
   complain(line);
 }
 
+void tellTrouble(const Requests& requests, std::chrono::milliseconds timeLimit) {
+  if (!requests.isCutOff) return complainOfTrouble(requests.troubled);
+  complain("the time of " + secondsText(timeLimit) +
+           " was over before all was asked; --timeout sets another");
+}
+
 // The log is for those who ask for it: most formats have the reasons.
 int shownLogLevel(const QueryCommand& command) {
   constexpr int kNone = std::numeric_limits<int>::min();
@@ -90,8 +108,21 @@ int shownLogLevel(const QueryCommand& command) {
 ExitStatus statusOf(const QueryCommand& command, const Unreadable& unreadable,
                     const Requests& requests) {
   const ExitStatus status = unreadable.status(requests.answered);
-  if (status != kAnswered || command.format == Format::kTrace) return status;
+  if (status != kAnswered) return status;
+  if (requests.isCutOff) return kUnreadable;
+  if (command.format == Format::kTrace) return status;
   return requests.troubled.empty() ? kAnswered : kUnreadable;
+}
+
+RunOptions optionsOf(const QueryCommand& command, CollectorFiles collectors) {
+  const int level = shownLogLevel(command);
+  const bool isTrace = command.format == Format::kTrace;
+  return {std::move(collectors),
+          isTrace,
+          isTrace,
+          [level](const LogEntry& entry) { showLogEntry(entry, level); },
+          command.why,
+          timeLimitOf(command)};
 }
 
 }  // namespace
@@ -103,19 +134,14 @@ int run(const QueryCommand& command) {
   const Unreadable unreadable(machine);
   const auto output = outputOf(command, {});
   auto collectors = collectorFiles(command.plugins, machine, programFolder());
-
-  const int level = shownLogLevel(command);
-  const bool isTrace = command.format == Format::kTrace;
-  QueryRun queryRun(std::move(machine),
-                    {std::move(collectors), isTrace, isTrace,
-                     [level](const LogEntry& entry) { showLogEntry(entry, level); }, command.why});
+  QueryRun queryRun(std::move(machine), optionsOf(command, std::move(collectors)));
   unreadable.tellRefused();
   Answer answer(command.format, queryRun.context());
   const Requests requests = makeRequests(command, queryRun, answer);
   unreadable.tellSilence();
   const ExitStatus status = statusOf(command, unreadable, requests);
   const bool isTold = showsStates(command.format) || unreadable.isAny();
-  if (status == kUnreadable && !isTold) complainOfTrouble(requests.troubled);
+  if (status == kUnreadable && !isTold) tellTrouble(requests, timeLimitOf(command));
   const bool isTable = command.format == Format::kTable;  // the other answers are documents
   print(output, answer.text() + (isTable && command.why ? '\n' + requests.why : ""));
   if (!isTable) writeStandardError(requests.why);

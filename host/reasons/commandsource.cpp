@@ -56,6 +56,29 @@ std::string commandText(const CommandTally& tally) {
          hexPairs(tally.kind == Kind::kIpmiCommand ? ipmiCommand(tally.command) : tally.command);
 }
 
+std::string timeIsOver(const Observations& seen) {
+  return "the time of " + secondsText(seen.timeLimit) + " was over";
+}
+
+Verdict notAsked(const Observations& seen) {
+  return trouble(State::kUnanswered, "not asked: " + timeIsOver(seen));
+}
+
+// Of a tally that was cut off: it was under way then, or not sent any more.
+std::string cutOffText(const CommandTally& tally, const Observations& seen) {
+  const bool isUnsent = tally.unsent > 0;
+  return commandText(tally) + (isUnsent ? " was not sent: " : " was not answered when ") +
+         timeIsOver(seen);
+}
+
+// Whether the time was over before all of them were answered.
+Verdict cutOffVerdict(const Tallies& sent, const Observations& seen) {
+  const auto cut = std::ranges::find_if(sent, &CommandTally::isCutOff);
+  if (cut == sent.end()) return {};
+  if ((*cut)->unsent > 0) return notAsked(seen);
+  return trouble(State::kUnanswered, cutOffText(**cut, seen));
+}
+
 Tallies talliesOf(std::span<const Origin> origins, const Observations& seen) {
   Tallies tallies;
   for (const CommandTally& tally : seen.driver.commands) {
@@ -145,6 +168,7 @@ Verdict passedOverVerdict(std::span<const Origin> origins, const Observations& s
     const CommandTally* const refused =
         asked.empty() ? nullptr : refusedBefore(asked, allRefused, tallies);
     if (refused == nullptr) continue;
+    if (refused->isCutOff) return notAsked(seen);
     return trouble(State::kUnanswered, "SP " + std::to_string(refused->sp + 1) + " was not asked " +
                                            hexPairs(origin.command) + ", as " +
                                            refusalText(*refused, seen));
@@ -169,6 +193,8 @@ bool isAskedAgain(const CommandTally& tally, const Tallies& sent) {
 // What became of commands that were sent.
 Verdict sentVerdict(const Tallies& sent, std::span<const Origin> origins,
                     const Observations& seen) {
+  Verdict cutOff = cutOffVerdict(sent, seen);
+  if (cutOff.kind == Verdict::Kind::kTrouble) return cutOff;
   Tallies refused;
   std::ranges::copy_if(sent, std::back_inserter(refused), [&](const CommandTally* tally) {
     return !isGood(*tally) && !isAskedAgain(*tally, sent);
@@ -216,6 +242,7 @@ const CommandTally* firstRefused(const Origin& origin, const Observations& seen)
 Verdict unsentVerdict(std::span<const Origin> origins, const Observations& seen) {
   const CommandTally* const refused = firstRefused(origins.front(), seen);
   if (refused == nullptr) return {};
+  if (refused->isCutOff) return notAsked(seen);
   return trouble(State::kUnanswered, "command " + hexPairs(origins.front().command) +
                                          " was not sent after " + refusalText(*refused, seen));
 }
@@ -246,8 +273,9 @@ Verdict tamberVerdict(std::span<const Origin> origins, const Observations& seen)
 Verdict ipmiVerdict(std::span<const Origin> origins, const Observations& seen) {
   if (seen.driver.hasIpmiDrivers == false) return none("the system has no IPMI driver");
   Verdict unsent = unsentVerdict(origins, seen);  // a silent BMC looks as if there were none
-  if (unsent.kind == Verdict::Kind::kTrouble || seen.driver.hasBmc != false) return unsent;
-  return none("this machine has no BMC");
+  if (unsent.kind == Verdict::Kind::kTrouble) return unsent;
+  if (seen.driver.hasBmc == false) return none("this machine has no BMC");
+  return seen.driver.isCutOff ? notAsked(seen) : unsent;
 }
 
 // What is known of the live machine's BMC whatever was sent; nothing is known where it answers.
@@ -319,6 +347,7 @@ std::vector<std::string> refusedCommands(std::span<const Origin> origins,
 }
 
 std::string refusalText(const CommandTally& tally, const Observations& seen) {
+  if (tally.isCutOff) return cutOffText(tally, seen);
   if (tally.kind == Kind::kIpmiCommand) return ipmiRefusalText(tally);
   return commandText(tally) + " was refused " + timesText(tally.refused) + whoText(tally, seen);
 }

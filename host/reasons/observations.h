@@ -3,6 +3,7 @@
 // What was seen of the sources while collectors were asked, and what came of it.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
@@ -35,6 +36,7 @@ struct Observations {
   std::set<std::string> enumerated;  // classes whose instances were asked for
   // Why a collector that was needed did not answer, by the name that the schema has.
   std::map<std::string, std::string> failedCollectors;
+  std::chrono::milliseconds timeLimit{0};  // of the request; 0: none
   // The instances that the framework has of a class.
   std::function<std::vector<NKRXVEL20::host::PublishedInstance>(const std::string&)> instancesOf;
 };

@@ -3,6 +3,7 @@
 // Pieces of reasons.
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,6 +12,9 @@ namespace velhost {
 
 // "once", "twice", "3 times"
 std::string timesText(unsigned count);
+
+// "5 s", "0.25 s"
+std::string secondsText(std::chrono::milliseconds time);
 
 // "a", "a or b", "a or 2 others"
 std::string listText(const std::vector<std::string>& words);

@@ -66,6 +66,7 @@ CASES = [
     ("a file to check",               ["check", "serv"],            FILES),
     ("a second file to check",        ["check", "a.json", ""],      FILES),
     ("a number is nobody's to know",  ["query", "--repeat", ""],    NOTHING),
+    ("no time either",                ["query", "--timeout", ""],   NOTHING),
     ("a level neither",               ["query", "--log-level", ""], NOTHING),
     ("a command to be helped with",   ["help", "que"],              ["query"]),
     ("nothing behind collectors",     ["collectors", ""],           NOTHING),

@@ -47,6 +47,18 @@ TEST(CommandLine, ALogLevelMayBeNegative) {
   EXPECT_EQ(-1, std::get<QueryCommand>(parse({"query", "--log-level", "-1"})).logLevel);
 }
 
+TEST(CommandLine, ATimeLimitIsInSeconds) {
+  EXPECT_FALSE(std::get<QueryCommand>(parse({"query"})).timeout);
+  const std::pair<const char*, int> cases[] = {{"5", 5000},      {"1.5", 1500},
+                                               {".25", 250},     {"0.001", 1},
+                                               {"2.0006", 2001}, {"1000000", 1000000000}};
+  for (const auto& [text, milliseconds] : cases) {
+    EXPECT_EQ(std::chrono::milliseconds(milliseconds),
+              std::get<QueryCommand>(parse({"query", "--timeout", text})).timeout)
+        << text;
+  }
+}
+
 TEST(CommandLine, NumbersAreDecimal) {
   EXPECT_EQ(10U, std::get<QueryCommand>(parse({"query", "--repeat", "010"})).repeat);
 }

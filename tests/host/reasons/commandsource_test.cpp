@@ -143,6 +143,93 @@ TEST(CommandSource, DotCommands) {
   for (const Row& row : rows) check(row);
 }
 
+// One that was not answered any more: `unsent` times it was not even sent.
+CommandTally cut(CommandTally tally, unsigned unsent) {
+  tally.answered = false;
+  tally.isCutOff = true;
+  tally.unsent = unsent;
+  return tally;
+}
+
+Setup timeIsOver(std::vector<CommandTally> tallies) {
+  return [=](Observations& seen) {
+    seen.timeLimit = std::chrono::milliseconds(2500);
+    seen.driver.isCutOff = true;
+    seen.driver.commands = tallies;
+  };
+}
+
+TEST(CommandSource, TheTimeWasOver) {
+  const char kFirmware[] = "IPMI.VEL|06 01|byte 5|decimal";
+  const char kTamber[] = "TamberCommand.VEL|01 F1 F1 0F|bytes 3-|text";
+  const char kNotAsked[] = "unanswered: not asked: the time of 2.5 s was over";
+  const CommandTally answered = dot("04 03 05 07", 1, 0);
+  const CommandTally underWay = cut(dot("04 03 05 07", 1, 1), 0);
+  const CommandTally unsent = cut(dot("04 03 05 07", 0, 0), 2);
+  const Row rows[] = {
+      {"under way",
+       {kLevel},
+       timeIsOver({underWay}),
+       "unanswered: command 04 03 05 07 was not answered when the time of 2.5 s was over"},
+      {"not sent", {kLevel}, timeIsOver({unsent}), kNotAsked},
+      {"refused before, not sent again",
+       {kLevel},
+       timeIsOver({cut(dot("04 03 05 07", 1, 1), 1)}),
+       kNotAsked},
+      {"another SP answered",
+       {kLevel},
+       timeIsOver({answered, cut(dot("04 03 05 07", 0, 0, 1), 1)}),
+       kNotAsked},
+      {"one component of many",
+       {kDimm},
+       timeIsOver({dot("04 03 05 0B 01", 1, 0), cut(dot("04 03 05 0B 02", 0, 0), 1)}),
+       kNotAsked},
+      {"answered before",
+       {kLevel},
+       timeIsOver({answered, cut(dot("04 03 05 02 01", 0, 0), 1)}),
+       "looked: what was asked of it was answered, and named none"},
+      {"nobody came to ask it", {kBoot}, timeIsOver({underWay}), kNotAsked},
+      {"the SP was not asked this, as it was not asked that",
+       {kBoot},
+       timeIsOver({dot("04 03 05 06 01", 1, 0, 0), dot("04 03 05 06 02", 1, 0, 0),
+                   cut(dot("04 03 05 06 01", 0, 0, 1), 1)}),
+       kNotAsked},
+      {"a command without data", {kTamber}, timeIsOver({cut(tamber(1), 1)}), kNotAsked},
+      {"the BMC under way",
+       {kFirmware},
+       timeIsOver({cut(
+           {Kind::kIpmiCommand, 0, bytesOfHex("01 20 06 00 01 00 00 00 00"), 1, 1, false, {}}, 0)}),
+       "unanswered: command 06 01 was not answered when the time of 2.5 s was over"},
+      {"the BMC could not be looked for", {kFirmware}, timeIsOver({}), kNotAsked},
+      {"there is no BMC",
+       {kFirmware},
+       [](Observations& seen) {
+         seen.driver.isCutOff = true;
+         seen.driver.hasBmc = false;
+       },
+       "none: this machine has no BMC"},
+      {"there is no SP",
+       {kLevel},
+       [](Observations& seen) {
+         seen.driver.isCutOff = true;
+         seen.driver.isDotCommand = false;
+       },
+       "none: no SP speaks dot commands"},
+  };
+  for (const Row& row : rows) check(row);
+}
+
+TEST(CommandSource, EachCommandOfTheTimeThatWasOver) {
+  Observations seen;
+  timeIsOver({dot("04 03 05 0B 01", 1, 0), cut(dot("04 03 05 0B 02", 1, 1), 0),
+              cut(dot("04 03 05 0B 03", 0, 0), 1)})(seen);
+  const Origin dimm = originOf(kDimm);
+  EXPECT_EQ((std::vector<std::string>{
+                "command 04 03 05 0B 02 was not answered when the time of 2.5 s was over",
+                "command 04 03 05 0B 03 was not sent: the time of 2.5 s was over"}),
+            refusedCommands(std::span(&dimm, 1), seen));
+}
+
 TEST(CommandSource, TamberCommands) {
   const char kBuild[] = "TamberCommand.VEL|01 F1 F1 0F|bytes 3-|text";
   const Row rows[] = {

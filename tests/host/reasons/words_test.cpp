@@ -13,6 +13,15 @@ TEST(Words, NumbersOfTimes) {
   EXPECT_EQ("0 times", timesText(0));
 }
 
+TEST(Words, Seconds) {
+  const std::pair<int, const char*> cases[] = {
+      {5000, "5 s"},    {200, "0.2 s"},    {1, "0.001 s"}, {1250, "1.25 s"},
+      {1050, "1.05 s"}, {300000, "300 s"}, {0, "0 s"}};
+  for (const auto& [time, text] : cases) {
+    EXPECT_EQ(text, secondsText(std::chrono::milliseconds(time)));
+  }
+}
+
 TEST(Words, OfManyTheFirstIsNamed) {
   EXPECT_EQ("", listText({}));
   EXPECT_EQ("a", listText({"a"}));
