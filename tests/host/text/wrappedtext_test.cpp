@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/text/wrappedtext.h"
+
+#include <gtest/gtest.h>
+
+namespace velhost {
+namespace {
+
+TEST(WrappedText, KeepsToItsWidth) {
+  const struct {
+    const char* what;
+    const char* text;
+    const char* lines;
+  } cases[] = {
+      {"nothing", "", ""},
+      {"exactly", "aaaa bbb", "  aaaa bbb\n"},
+      {"one more", "aaaa bbbb", "  aaaa\n    bbbb\n"},
+      {"a word that is longer", "a bbbbbbbbb c", "  a\n    bbbbbb\n    bbb c\n"},
+      {"the same first", "bbbbbbbbb", "  bbbbbbbb\n    b\n"},
+      {"a longer one of characters", "äääääääääö", "  ääääääää\n    äö\n"},
+      {"characters, not bytes", "äää ööö", "  äää ööö\n"},
+      {"pairs stay together", "abc 00 1F 2A d", "  abc\n    00 1F\n    2A d\n"},
+      {"with the mark behind them", "abc 00 1F: d", "  abc\n    00 1F:\n    d\n"},
+      {"no pairs", "abc be 1f 2", "  abc be\n    1f 2\n"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(c.lines, wrappedText(c.text, 10, 2, 4)) << c.what;
+}
+
+TEST(WrappedText, EightPairsStayTogetherAtMost) {
+  EXPECT_EQ("a\n00 01 02 03 04 05 06 07\n08 09\n",
+            wrappedText("a 00 01 02 03 04 05 06 07 08 09", 24, 0, 0));
+}
+
+}  // namespace
+}  // namespace velhost
