@@ -58,6 +58,11 @@ class QueryRun {
   // not asked is told with the classes' states.
   QueryResult request(const std::vector<std::string>& classes, bool init);
 
+  // What the framework has of a class now, whoever published it.
+  std::vector<NKRXVEL20::host::PublishedInstance> instancesOf(const std::string& className) const {
+    return namespace_->instancesOf(className);
+  }
+
  private:
   // Classes that follow each other in a request and go to the same collectors.
   struct Question {
