@@ -91,6 +91,15 @@ constexpr char kHelpNotes[] =
     "  man velhost\n"
     "      the manual; man velhost-formats for files and documents\n";
 
+constexpr char kExplainNotes[] =
+    "To see the bytes of the machine that velhost runs on, record it first.\n"
+    "\n"
+    "Examples:\n"
+    "  velhost explain KRXSG_SystemBIOSElement\n"
+    "      what the class is, and where each of its properties comes from\n"
+    "  velhost explain KRXSG_Vpd.PartNumber --machine server.json\n"
+    "      the reply and the bytes in it that gave each part number\n";
+
 constexpr char kRecordNotes[] =
     "System credentials among the OEM strings of SMBIOS are always left out.\n"
     "With --redact the serial numbers, asset tags and unique ids of SMBIOS, of the\n"
@@ -114,21 +123,24 @@ constexpr FormatName kClassesFormats[] = {
 
 // The library's own conversion takes octal and hexadecimal numbers as well.
 template <class Number>
+void readNumber(const std::string& name, const std::string& text, Number lowest, Number& value) {
+  Number number{};
+  const char* const end = text.data() + text.size();
+  const auto [rest, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || rest != end || number < lowest) {
+    throw CLI::ValidationError(name, "\"" + text + "\" is no whole number from " +
+                                         std::to_string(lowest) + " to " +
+                                         std::to_string(std::numeric_limits<Number>::max()));
+  }
+  value = number;
+}
+
+template <class Number>
 void addNumber(CLI::App& app, const std::string& name, Number& value, Number lowest,
                const std::string& description) {
   app.add_option_function<std::string>(
          name,
-         [name, &value, lowest](const std::string& text) {
-           Number number{};
-           const char* const end = text.data() + text.size();
-           const auto [rest, error] = std::from_chars(text.data(), end, number);
-           if (error != std::errc() || rest != end || number < lowest) {
-             throw CLI::ValidationError(
-                 name, "\"" + text + "\" is no whole number from " + std::to_string(lowest) +
-                           " to " + std::to_string(std::numeric_limits<Number>::max()));
-           }
-           value = number;
-         },
+         [name, &value, lowest](const std::string& text) { readNumber(name, text, lowest, value); },
          description)
       ->type_name("N")
       ->default_str(std::to_string(value));
@@ -228,6 +240,30 @@ CLI::App* addClasses(CLI::App& app, ClassesCommand& classes) {
   command->add_option("CLASS", classes.classes, "Classes to show; none: all")->type_name("");
   addFormat(*command, classes.format, kClassesFormats);
   command->footer(kClassesNotes);
+  return command;
+}
+
+CLI::App* addExplain(CLI::App& app, ExplainCommand& explain) {
+  CLI::App* const command =
+      app.add_subcommand("explain", "Tell what a class or property means and where it comes from");
+  command->add_option("CLASS[.PROPERTY]", explain.topic, "The class, or one property of it")
+      ->type_name("")
+      ->required();
+  addPath(
+      *command, "--machine", explain.machine,
+      "Show the very bytes that this machine gave: a\nmachine file or a DMI dump; - is standard "
+      "input");
+  command
+      ->add_option_function<std::string>(
+          "--node",
+          [&explain](const std::string& text) {
+            unsigned node = 0;
+            readNumber("--node", text, 0U, node);
+            explain.node = node;
+          },
+          "Only the instances of this node")
+      ->type_name("N");
+  command->footer(kExplainNotes);
   return command;
 }
 
@@ -331,6 +367,7 @@ std::optional<PrintCommand> parse(CLI::App& app, int argc, const char* const* ar
 Command parseCommandLine(int argc, const char* const* argv) {
   QueryCommand query;
   ClassesCommand classes;
+  ExplainCommand explain;
   RecordCommand record;
   std::vector<std::string> files;
   CLI::App app(kDescription, "velhost");
@@ -339,6 +376,7 @@ Command parseCommandLine(int argc, const char* const* argv) {
   app.require_subcommand(0, 1);  // one is needed, but an unknown word is to be named first
   const CLI::App* const isQuery = addQuery(app, query);
   const CLI::App* const isClasses = addClasses(app, classes);
+  const CLI::App* const isExplain = addExplain(app, explain);
   const CLI::App* const isRecord = addRecord(app, record);
   const CLI::App* const isCheck = addCheck(app, files);
   const CLI::App* const isCollectors = addCollectors(app);
@@ -348,12 +386,14 @@ Command parseCommandLine(int argc, const char* const* argv) {
   query.hasLogLevel = isQuery->count("--log-level") > 0;
   if (isQuery->parsed()) return query;
   if (isClasses->parsed()) return classes;
+  if (isExplain->parsed()) return explain;
   if (isRecord->parsed()) return record;
   if (isCollectors->parsed()) return CollectorsCommand{};
   if (isHelp->parsed()) return PrintCommand{helpText(app, topic)};
   if (isCheck->parsed()) return CheckCommand{{files.begin(), files.end()}};
   throw InputError(
-      "a command is missing: query, classes, collectors, record or check; see velhost --help");
+      "a command is missing: query, classes, explain, collectors, record or check; see velhost "
+      "--help");
 }
 
 }  // namespace velhost

@@ -35,6 +35,12 @@ struct ClassesCommand {
   Format format = Format::kTable;
 };
 
+struct ExplainCommand {
+  std::string topic;  // CLASS or CLASS.PROPERTY
+  std::optional<std::filesystem::path> machine;
+  std::optional<unsigned> node;
+};
+
 struct CheckCommand {
   std::vector<std::filesystem::path> files;
 };
@@ -54,8 +60,8 @@ struct PrintCommand {
   std::string text;
 };
 
-using Command = std::variant<QueryCommand, ClassesCommand, CollectorsCommand, RecordCommand,
-                             CheckCommand, PrintCommand>;
+using Command = std::variant<QueryCommand, ClassesCommand, CollectorsCommand, ExplainCommand,
+                             RecordCommand, CheckCommand, PrintCommand>;
 
 // Throws InputError, one line, for bad usage.
 Command parseCommandLine(int argc, const char* const* argv);

@@ -18,6 +18,7 @@ enum ExitStatus : int {
 int run(const QueryCommand& command);
 int run(const ClassesCommand& command);
 int run(const CollectorsCommand& command);
+int run(const ExplainCommand& command);
 int run(const RecordCommand& command);
 int run(const CheckCommand& command);
 int run(const PrintCommand& command);
