@@ -20,7 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Of a result document with all its traffic: the largest machine needs less than a third.
+// Of a result document with all its traffic: the largest machine needs less than half.
 constexpr std::size_t kMostResultValues = 2'000'000;
 
 Findings askedMachine(MachineFile described, const fs::path& programFolder) {
