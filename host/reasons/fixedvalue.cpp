@@ -69,7 +69,7 @@ std::optional<std::string> fixedValueReason(const NKRXVEL20::host::ClassSchema& 
       if (reading == nullptr || !isPublished(constant, property.name, outcome)) continue;
       const CommandTally* const tally = tallyOf(*reading, seen);
       if (tally != nullptr && isGood(*tally) && holdsText(tally->reply, constant.text)) continue;
-      return std::string(constant.text) + " is a fixed value: " + whyNotRead(*reading, tally, seen);
+      return std::string(constant.text) + kIsFixedValue + whyNotRead(*reading, tally, seen);
     }
   }
   return std::nullopt;

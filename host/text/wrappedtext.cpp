@@ -9,6 +9,7 @@ namespace velhost {
 namespace {
 
 constexpr std::size_t kMostPairs = 8;  // that stay together
+constexpr std::size_t kLeastRoom = 8;  // behind a lead
 
 bool isHexDigit(char c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F'); }
 
@@ -66,6 +67,13 @@ std::string wrappedText(std::string_view text, std::size_t width, std::size_t in
     if (text.starts_with(' ')) text.remove_prefix(1);
   }
   return isEmpty ? lines : lines + line + '\n';
+}
+
+std::string wrappedText(std::string_view lead, std::string_view text, std::size_t width) {
+  const std::size_t indent = characterCount(lead);
+  const std::string lines = wrappedText(text, std::max(width, indent + kLeastRoom), indent, indent);
+  if (!lines.empty()) return std::string(lead).append(lines, indent);
+  return std::string(lead.substr(0, lead.find_last_not_of(' ') + 1)) + '\n';
 }
 
 }  // namespace velhost

@@ -13,4 +13,8 @@ namespace velhost {
 std::string wrappedText(std::string_view text, std::size_t width, std::size_t indent,
                         std::size_t hang);
 
+// The same behind a lead; lines behind the first begin with as many blanks as it has characters. A lead
+// that leaves too little room gets some anyway.
+std::string wrappedText(std::string_view lead, std::string_view text, std::size_t width);
+
 }  // namespace velhost

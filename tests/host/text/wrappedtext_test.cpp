@@ -31,5 +31,29 @@ TEST(WrappedText, EightPairsStayTogetherAtMost) {
             wrappedText("a 00 01 02 03 04 05 06 07 08 09", 24, 0, 0));
 }
 
+TEST(WrappedText, StandsBehindALead) {
+  const struct {
+    const char* what;
+    const char* lead;
+    const char* text;
+    const char* lines;
+  } cases[] = {
+      {"nothing", "", "", "\n"},
+      {"a lead alone", "went  ", "", "went\n"},
+      {"a line that is full", "", "123456789 123456789 ", "123456789 123456789\n"},
+      {"at the last blank", "", "one two three four five", "one two three four\nfive\n"},
+      {"behind the lead", "  a: ", "one two three four five",
+       "  a: one two three\n     four five\n"},
+      {"a word longer than a line", "", "a 123456789012345678901234567890 b",
+       "a\n12345678901234567890\n1234567890 b\n"},
+      {"characters of several bytes", "\xC3\xBC ",
+       "\xC3\xBC\xC3\xBC\xC3\xBC\xC3\xBC 456789 123456789",
+       "\xC3\xBC \xC3\xBC\xC3\xBC\xC3\xBC\xC3\xBC 456789\n  123456789\n"},
+      {"a lead that takes the line", "1234567890123456789 ", "one two",
+       "1234567890123456789 one two\n"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(c.lines, wrappedText(c.lead, c.text, 20)) << c.what;
+}
+
 }  // namespace
 }  // namespace velhost
