@@ -28,12 +28,14 @@ constexpr char kExamplesAndStatuses[] =
     "      the BIOS element of a machine that a file describes, for jq\n"
     "  velhost record --redact --output recorded.json\n"
     "      this machine as a file to be queried elsewhere, without serial numbers\n"
+    "  velhost summary *.json\n"
+    "      which machines have another firmware than most\n"
     "  velhost help query\n"
     "      more about a command\n"
     "\n"
     "Exit status:\n"
     "  0  answered\n"
-    "  1  the plug-in or the framework refused or failed\n"
+    "  1  the plug-in or the framework refused or failed; diff: different\n"
     "  2  bad usage or bad input; nothing was printed\n"
     "  3  something did not answer or could not be read; the rest was printed\n";
 
@@ -79,6 +81,42 @@ constexpr char kCheckNotes[] =
     "  velhost check *.json\n"
     "      are all of these? Status 2 when one is not\n";
 
+constexpr char kDiffNotes[] =
+    "OLD and NEW may be inventories, traces or plain JSON that velhost query wrote,\n"
+    "or machine files and DMI dumps, which are asked as a query does; - is standard\n"
+    "input. What did not answer in one of them is told, and is not gone.\n"
+    "\n"
+    "Exit status:\n"
+    "  0  the same\n"
+    "  1  different\n"
+    "  2  bad usage or bad input\n"
+    "\n"
+    "Examples:\n"
+    "  velhost diff server.json server.dmi\n"
+    "      what is different between two machines\n"
+    "  velhost query --format inventory | velhost diff monday.json -\n"
+    "      what has changed on this machine since an inventory was kept\n";
+
+constexpr char kSummaryNotes[] =
+    "FILE may be what velhost query wrote (inventory, json, trace), a machine file or\n"
+    "a DMI dump, which is asked as a query does; - is standard input. One that cannot\n"
+    "be read is told, and the others are summed up.\n"
+    "\n"
+    "Formats:\n"
+    "  table  for people\n"
+    "  json   for programs: each level with its counts and the first machines\n"
+    "  csv    for spreadsheets: a line a level\n"
+    "\n"
+    "Exit status:\n"
+    "  0  all files were read\n"
+    "  2  bad usage, or a file could not be read\n"
+    "\n"
+    "Examples:\n"
+    "  velhost summary server.json server.dmi\n"
+    "      which levels there are, and which machines have another than most\n"
+    "  velhost summary *.json --format csv\n"
+    "      the same of all of these, for a spreadsheet\n";
+
 constexpr char kCollectorsNotes[] =
     "Examples:\n"
     "  velhost collectors\n"
@@ -120,6 +158,10 @@ constexpr FormatName kQueryFormats[] = {
     {"trace", Format::kTrace}};
 constexpr FormatName kClassesFormats[] = {
     {"table", Format::kTable}, {"json", Format::kJson}, {"mof", Format::kMof}};
+
+constexpr FormatName kDiffFormats[] = {{"table", Format::kTable}, {"json", Format::kJson}};
+constexpr FormatName kSummaryFormats[] = {
+    {"table", Format::kTable}, {"json", Format::kJson}, {"csv", Format::kCsv}};
 
 // The library's own conversion takes octal and hexadecimal numbers as well.
 template <class Number>
@@ -198,6 +240,15 @@ void addPath(CLI::App& app, const std::string& name, std::optional<Value>& path,
   app.add_option_function<std::string>(
          name, [&path](const std::string& text) { path = text; }, description)
       ->type_name("FILE");
+}
+
+// One that has to be there, in its place.
+void addFile(CLI::App& app, const std::string& name, std::filesystem::path& file,
+             const std::string& description) {
+  app.add_option_function<std::string>(
+         name, [&file](const std::string& text) { file = text; }, description)
+      ->type_name("")
+      ->required();
 }
 
 void addPlugins(CLI::App& app, std::vector<std::filesystem::path>& plugins) {
@@ -294,6 +345,31 @@ CLI::App* addCheck(CLI::App& app, std::vector<std::string>& files) {
   return command;
 }
 
+void addDiff(CLI::App& app, DiffCommand& diff) {
+  CLI::App* const command =
+      app.add_subcommand("diff", "Show what is different between two machines");
+  addFile(*command, "OLD", diff.before, "What was before");
+  addFile(*command, "NEW", diff.after, "What is now");
+  addFormat(*command, diff.format, kDiffFormats);
+  command->footer(kDiffNotes);
+}
+
+void addSummary(CLI::App& app, SummaryCommand& summary) {
+  CLI::App* const command =
+      app.add_subcommand("summary", "Show which levels many machines have, and the odd ones");
+  command
+      ->add_option_function<std::vector<std::string>>(
+          "FILE",
+          [&summary](const std::vector<std::string>& files) {
+            summary.files.assign(files.begin(), files.end());
+          },
+          "Results and machine files, any number")
+      ->type_name("")
+      ->required();
+  addFormat(*command, summary.format, kSummaryFormats);
+  command->footer(kSummaryNotes);
+}
+
 CLI::App* addHelp(CLI::App& app, std::string& topic) {
   CLI::App* const command = app.add_subcommand("help", "Show the help of a command");
   command->add_option("COMMAND", topic, "The command; none: all of them in short")->type_name("");
@@ -362,38 +438,66 @@ std::optional<PrintCommand> parse(CLI::App& app, int argc, const char* const* ar
   }
 }
 
-}  // namespace
-
-Command parseCommandLine(int argc, const char* const* argv) {
+// What the words behind the commands are read into.
+struct Words {
   QueryCommand query;
   ClassesCommand classes;
   ExplainCommand explain;
   RecordCommand record;
-  std::vector<std::string> files;
+  std::vector<std::string> files;  // to be checked
+  DiffCommand diff;
+  SummaryCommand summary;
+  std::string topic;  // of help
+};
+
+constexpr std::pair<std::string_view, Command (*)(const Words&)> kCommands[] = {
+    {"query", [](const Words& words) -> Command { return words.query; }},
+    {"explain", [](const Words& words) -> Command { return words.explain; }},
+    {"diff", [](const Words& words) -> Command { return words.diff; }},
+    {"summary", [](const Words& words) -> Command { return words.summary; }},
+    {"record", [](const Words& words) -> Command { return words.record; }},
+    {"check",
+     [](const Words& words) -> Command {
+       return CheckCommand{{words.files.begin(), words.files.end()}};
+     }},
+    {"collectors", [](const Words&) -> Command { return CollectorsCommand{}; }},
+    {"classes", [](const Words& words) -> Command { return words.classes; }},
+};
+
+std::string noCommandText() {
+  std::string text = "a command is missing: ";
+  for (const auto& command : kCommands) {
+    const bool isLast = &command == std::end(kCommands) - 1;
+    if (&command != kCommands) text += isLast ? " or " : ", ";
+    text += command.first;
+  }
+  return text + "; see velhost --help";
+}
+
+}  // namespace
+
+Command parseCommandLine(int argc, const char* const* argv) {
+  Words words;
   CLI::App app(kDescription, "velhost");
   app.set_version_flag("--version", kVersion, "Print the version and exit");
   app.footer(kExamplesAndStatuses);
   app.require_subcommand(0, 1);  // one is needed, but an unknown word is to be named first
-  const CLI::App* const isQuery = addQuery(app, query);
-  const CLI::App* const isClasses = addClasses(app, classes);
-  const CLI::App* const isExplain = addExplain(app, explain);
-  const CLI::App* const isRecord = addRecord(app, record);
-  const CLI::App* const isCheck = addCheck(app, files);
-  const CLI::App* const isCollectors = addCollectors(app);
-  std::string topic;
-  const CLI::App* const isHelp = addHelp(app, topic);
+  const CLI::App* const isQuery = addQuery(app, words.query);
+  addExplain(app, words.explain);
+  addDiff(app, words.diff);
+  addSummary(app, words.summary);
+  addRecord(app, words.record);
+  addCheck(app, words.files);
+  addCollectors(app);
+  addClasses(app, words.classes);
+  const CLI::App* const isHelp = addHelp(app, words.topic);
   if (const auto text = parse(app, argc, argv)) return *text;
-  query.hasLogLevel = isQuery->count("--log-level") > 0;
-  if (isQuery->parsed()) return query;
-  if (isClasses->parsed()) return classes;
-  if (isExplain->parsed()) return explain;
-  if (isRecord->parsed()) return record;
-  if (isCollectors->parsed()) return CollectorsCommand{};
-  if (isHelp->parsed()) return PrintCommand{helpText(app, topic)};
-  if (isCheck->parsed()) return CheckCommand{{files.begin(), files.end()}};
-  throw InputError(
-      "a command is missing: query, classes, explain, collectors, record or check; see velhost "
-      "--help");
+  words.query.hasLogLevel = isQuery->count("--log-level") > 0;
+  if (isHelp->parsed()) return PrintCommand{helpText(app, words.topic)};
+  for (const auto& [name, command] : kCommands) {
+    if (app.got_subcommand(std::string(name))) return command(words);
+  }
+  throw InputError(noCommandText());
 }
 
 }  // namespace velhost

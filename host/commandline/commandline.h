@@ -45,6 +45,17 @@ struct CheckCommand {
   std::vector<std::filesystem::path> files;
 };
 
+struct DiffCommand {
+  std::filesystem::path before;
+  std::filesystem::path after;
+  Format format = Format::kTable;
+};
+
+struct SummaryCommand {
+  std::vector<std::filesystem::path> files;
+  Format format = Format::kTable;
+};
+
 struct CollectorsCommand {};
 
 struct RecordCommand {
@@ -60,8 +71,9 @@ struct PrintCommand {
   std::string text;
 };
 
-using Command = std::variant<QueryCommand, ClassesCommand, CollectorsCommand, ExplainCommand,
-                             RecordCommand, CheckCommand, PrintCommand>;
+using Command =
+    std::variant<QueryCommand, ClassesCommand, CollectorsCommand, ExplainCommand, RecordCommand,
+                 CheckCommand, DiffCommand, SummaryCommand, PrintCommand>;
 
 // Throws InputError, one line, for bad usage.
 Command parseCommandLine(int argc, const char* const* argv);

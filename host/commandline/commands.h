@@ -21,6 +21,8 @@ int run(const CollectorsCommand& command);
 int run(const ExplainCommand& command);
 int run(const RecordCommand& command);
 int run(const CheckCommand& command);
+int run(const DiffCommand& command);
+int run(const SummaryCommand& command);
 int run(const PrintCommand& command);
 
 }  // namespace velhost

@@ -67,7 +67,7 @@ TEST_F(Velhost, BadUsageIsToldInOneLine) {
     Words arguments;
     const char* place;
   } cases[] = {
-      {"no command", {}, "query, classes, explain, collectors, record or check"},
+      {"no command", {}, "query, explain, diff, summary, record, check, collectors or classes"},
       {"unknown command", {"fly"}, "fly"},
       {"unknown option", {"query", "--fly"}, "--fly"},
       {"unknown option of check", {"check", "--fly", "x"}, "--fly"},

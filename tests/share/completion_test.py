@@ -69,6 +69,8 @@ CASES = [
     ("a plug-in",                     ["query", "--plugin", "lib"], FILES),
     ("a file to check",               ["check", "serv"],            FILES),
     ("a second file to check",        ["check", "a.json", ""],      FILES),
+    ("a second file to compare",      ["diff", "a.json", ""],       FILES),
+    ("files to sum up",               ["summary", "--format", "csv", ""], FILES),
     ("a number is nobody's to know",  ["query", "--repeat", ""],    NOTHING),
     ("no time either",                ["query", "--timeout", ""],   NOTHING),
     ("a level neither",               ["query", "--log-level", ""], NOTHING),

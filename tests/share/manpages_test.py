@@ -157,9 +157,10 @@ class Examples(unittest.TestCase):
         self.folder = pathlib.Path(folder.name)
         shutil.copy(ROOT / "machines" / "two-nodes.json", self.folder / "server.json")
         shutil.copy(ROOT / "machines" / "qemu-q35.dmi", self.folder / "server.dmi")
+        shutil.copy(ROOT / "machines" / "two-nodes.json", self.folder / "monday.json")
 
     # By the machine that is asked; the live one may have something that cannot be read.
-    STATUSES = {"server.": [0], "one-sp.": [3]}
+    STATUSES = {"velhost diff": [1], "server.": [0], "one-sp.": [3]}
 
     def expect_answer(self, command):
         with tempfile.TemporaryDirectory() as fresh:
