@@ -16,7 +16,10 @@ constexpr int kSignals[] = {SIGINT, SIGTERM};
 constexpr std::string_view kNothingWritten = "velhost: interrupted, nothing was written\n";
 constexpr std::string_view kInterrupted = "velhost: interrupted\n";
 
-std::atomic<bool> isWritten{false};
+std::atomic<bool>& isWritten() {
+  static constinit std::atomic<bool> written{false};
+  return written;
+}
 
 // Only what POSIX lets a signal handler do.
 void write(std::string_view text) noexcept {
@@ -26,7 +29,7 @@ void write(std::string_view text) noexcept {
 // The default is in place again, and ends the program when the handler returns.
 void endBySignal(int signal) noexcept {
   if (endStatusLine()) write(kRubOut);
-  write(isWritten ? kInterrupted : kNothingWritten);
+  write(isWritten() ? kInterrupted : kNothingWritten);
   static_cast<void>(::raise(signal));
 }
 
@@ -44,6 +47,6 @@ void tellInterruptions() {
   }
 }
 
-void noteWritten() noexcept { isWritten = true; }
+void noteWritten() noexcept { isWritten() = true; }
 
 }  // namespace velhost

@@ -7,35 +7,41 @@
 namespace velhost {
 namespace {
 
-StatusLine* current = nullptr;  // set and read by the thread that writes
-
-// Read by a signal handler.
-std::atomic<bool> isAny{false};
-std::atomic<bool> isEnded{false};
-std::atomic<bool> isDrawing{false};
+// A signal handler reads it but for the first.
+struct Shared {
+  StatusLine* current = nullptr;  // of the thread that writes
+  std::atomic<bool> isAny{false};
+  std::atomic<bool> isEnded{false};
+  std::atomic<bool> isDrawing{false};
+};
 static_assert(std::atomic<bool>::is_always_lock_free);
+
+Shared& shared() {
+  static constinit Shared state;
+  return state;
+}
 
 // A terminal that was stopped takes nothing, and who wants to end the program does not wait for it.
 constexpr int kMostWaits = 100;
 constexpr timespec kWait{0, 1000000};
 
 void draw(Terminal& terminal, const std::string& text) {
-  isDrawing = true;
-  if (!isEnded) terminal.write(text);
-  isDrawing = false;
+  shared().isDrawing = true;
+  if (!shared().isEnded) terminal.write(text);
+  shared().isDrawing = false;
 }
 
 }  // namespace
 
 StatusLine::StatusLine(std::unique_ptr<Terminal> terminal) : terminal_(std::move(terminal)) {
-  current = this;
-  isAny = true;
+  shared().current = this;
+  shared().isAny = true;
 }
 
 StatusLine::~StatusLine() {
   hide();
-  isAny = false;
-  current = nullptr;
+  shared().isAny = false;
+  shared().current = nullptr;
 }
 
 std::size_t StatusLine::room() {
@@ -61,7 +67,7 @@ void StatusLine::hideLocked() {
   if (terminal_->isInForeground()) draw(*terminal_, kRubOut);
 }
 
-StatusLineHidden::StatusLineHidden() : line_(current) {
+StatusLineHidden::StatusLineHidden() : line_(shared().current) {
   if (line_ == nullptr) return;
   line_->mutex_.lock();
   line_->hideLocked();
@@ -72,9 +78,10 @@ StatusLineHidden::~StatusLineHidden() {
 }
 
 bool endStatusLine() noexcept {
-  isEnded = true;
-  for (int i = 0; i < kMostWaits && isDrawing; ++i) ::nanosleep(&kWait, nullptr);
-  return isAny;
+  Shared& state = shared();
+  state.isEnded = true;
+  for (int i = 0; i < kMostWaits && state.isDrawing; ++i) ::nanosleep(&kWait, nullptr);
+  return state.isAny;
 }
 
 }  // namespace velhost
