@@ -7,17 +7,21 @@ namespace NKRXVEL20::host {
 
 namespace {
 
-TrafficObserver*& current() {
-  static TrafficObserver* observer = nullptr;
-  return observer;
+struct Current {
+  TrafficObserver* observer = nullptr;
+};
+
+Current& current() {
+  static Current current;
+  return current;
 }
 
 }  // namespace
 
 TrafficObserver::~TrafficObserver() = default;
 
-void setTrafficObserver(TrafficObserver* observer) { current() = observer; }
+void setTrafficObserver(TrafficObserver* observer) { current().observer = observer; }
 
-TrafficObserver* trafficObserver() { return current(); }
+TrafficObserver* trafficObserver() { return current().observer; }
 
 }  // namespace NKRXVEL20::host
