@@ -194,7 +194,7 @@ class Interrupted(Folder):
                 [VELHOST, *arguments], stdout=subprocess.PIPE, stderr=err, cwd=self.folder,
                 preexec_fn=(lambda: signal.signal(number, signal.SIG_IGN)) if ignored else None)
             self.addCleanup(process.kill)
-            while self.state_of(process.pid) != "S":
+            while not self.is_waiting(process.pid):
                 time.sleep(0.01)
             process.send_signal(number)
             out, _ = process.communicate(timeout=60)
@@ -202,12 +202,11 @@ class Interrupted(Folder):
             return process.returncode, out.decode(), err.read().decode()
 
     @staticmethod
-    def state_of(pid):
-        """S when it sleeps as the simulated SP does, and has loaded the plug-in before."""
+    def is_waiting(pid):
+        """It sleeps, as the simulated SP does, and has loaded the plug-in before."""
         if "libspfirmwarevpd" not in pathlib.Path(f"/proc/{pid}/maps").read_text():
-            return ""
-        waits = pathlib.Path(f"/proc/{pid}/syscall").read_text().split()[0]
-        return "S" if waits in ("35", "230", "115", "101") else ""  # nanosleep, clock_nanosleep
+            return False
+        return pathlib.Path(f"/proc/{pid}/stat").read_text().rpartition(") ")[2].startswith("S")
 
     def test_a_command_that_is_under_way(self):
         machine = slow(self.folder, LONG)
