@@ -95,10 +95,21 @@ std::size_t offsetOfCharacter(std::string_view text, std::size_t count) noexcept
   return at;
 }
 
-// Hands every UTF-8 sequence to `sequence` and every other byte to `stray`.
+bool isPlain(char byte) noexcept { return byte >= ' ' && byte <= '~'; }
+
+// Adds the plain characters in front to the result; most of a text is plain.
+void takePlain(std::string_view& text, std::string& result) {
+  std::size_t length = 0;
+  while (length < text.size() && isPlain(text[length])) ++length;
+  result += text.substr(0, length);
+  text.remove_prefix(length);
+}
+
+// Adds what is plain to the result; hands every other UTF-8 sequence to `sequence` and every other byte
+// to `stray`.
 template <class Sequence, class Stray>
-void walk(std::string_view text, Sequence sequence, Stray stray) {
-  while (!text.empty()) {
+void walk(std::string_view text, std::string& result, Sequence sequence, Stray stray) {
+  for (takePlain(text, result); !text.empty(); takePlain(text, result)) {
     const std::size_t length = sequenceLength(text);
     if (length == 0) {
       stray(text[0]);
@@ -115,7 +126,7 @@ std::string visible(std::string_view text) {
   std::string result;
   result.reserve(text.size());
   walk(
-      text,
+      text, result,
       [&](std::string_view sequence) {
         result += isAsciiControl(sequence) ? controlEscape(sequence[0]) : seenSequence(sequence);
       },
@@ -127,7 +138,7 @@ std::string escapeUnseen(std::string_view text) {
   std::string result;
   result.reserve(text.size());
   walk(
-      text, [&](std::string_view sequence) { result += seenSequence(sequence); },
+      text, result, [&](std::string_view sequence) { result += seenSequence(sequence); },
       [&](char stray) { result += stray; });
   return result;
 }
