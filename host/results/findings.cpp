@@ -20,13 +20,23 @@ namespace {
 
 namespace fs = std::filesystem;
 
+using NKRXVEL20::host::Traffic;
+
 // Of a result document with all its traffic: the largest machine needs less than half.
 constexpr std::size_t kMostResultValues = 2'000'000;
 
-Findings askedMachine(MachineFile described, const fs::path& programFolder) {
+// How the machine is asked that a file describes.
+struct Asking {
+  fs::path programFolder;
+  bool keepTraffic = false;
+};
+
+Findings askedMachine(MachineFile described, const Asking& asking) {
   Machine machine = describedMachine(std::move(described));
-  auto collectors = collectorFiles({}, machine, programFolder);
-  QueryRun run(std::move(machine), {.collectors = std::move(collectors), .onCoreLog = {}});
+  auto collectors = collectorFiles({}, machine, asking.programFolder);
+  QueryRun run(
+      std::move(machine),
+      {.collectors = std::move(collectors), .keepTraffic = asking.keepTraffic, .onCoreLog = {}});
   const auto unnamed = run.companionClasses();
   QueryResult result = run.request(run.defaultClasses(), true);
   leaveOutEmpty(unnamed, EmptyClasses::kTroubledStay, result);
@@ -53,7 +63,7 @@ bool isPlain(const Json& document) {
          std::ranges::all_of(document, [](const Json& member) { return member.is_array(); });
 }
 
-Findings findingsOfDocument(const Json& document, const fs::path& file, const fs::path& programs) {
+Findings findingsOfDocument(const Json& document, const fs::path& file, const Asking& asking) {
   const Cursor root(document);
   if (root.isObject() && isPlain(document)) {
     return plainFindings(document, toUtf8(file.filename().string()));
@@ -61,7 +71,7 @@ Findings findingsOfDocument(const Json& document, const fs::path& file, const fs
   const std::string format = formatOf(root);
   if (format == kInventoryFormat) return inventoryFindings(document);
   if (format == kResultFormat) return resultFindings(document);
-  if (format == kMachineFormat) return askedMachine(machineOfDocument(document, file), programs);
+  if (format == kMachineFormat) return askedMachine(machineOfDocument(document, file), asking);
   root.failAt("format", "must be one of \"" + std::string(kInventoryFormat) + "\", \"" +
                             std::string(kResultFormat) + "\", \"" + std::string(kMachineFormat) +
                             '"');
@@ -69,12 +79,13 @@ Findings findingsOfDocument(const Json& document, const fs::path& file, const fs
 
 }  // namespace
 
-Findings findingsOf(const fs::path& file, const fs::path& programFolder) {
+Findings findingsOf(const fs::path& file, const fs::path& programFolder, Traffic traffic) {
+  const Asking asking{programFolder, traffic == Traffic::kKept};
   const std::string text = readInput(file);
   const fs::path name = machineFileName(file);
-  if (isDump(text)) return askedMachine(parseMachineFile(text, name), programFolder);
+  if (isDump(text)) return askedMachine(parseMachineFile(text, name), asking);
   try {
-    return findingsOfDocument(parseDocument(text, mostValuesOf(text)), name, programFolder);
+    return findingsOfDocument(parseDocument(text, mostValuesOf(text)), name, asking);
   } catch (const DocumentError& error) {
     throw InputError(name.string() + ":" + error.what());
   }
