@@ -6,7 +6,7 @@
 
 build_packages=(g++ cmake ninja-build libboost-dev nlohmann-json3-dev libcli11-dev libudev-dev)
 test_packages=(libgtest-dev libgmock-dev pkgconf python3 python3-jsonschema
-  python3-prometheus-client dmidecode valgrind jq man-db mandoc)
+  python3-prometheus-client python3-html5lib dmidecode valgrind jq man-db mandoc)
 vm_packages=(qemu-system-x86 busybox-static openipmi libopenipmi-dev ipmitool)
 check_packages=(clang clang-format clang-tidy)
 

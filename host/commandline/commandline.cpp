@@ -151,6 +151,19 @@ constexpr char kRecordNotes[] =
     "  velhost record --machine server.json --force --output copy.json\n"
     "      what a query asks of a machine that a file describes, and nothing else\n";
 
+constexpr char kReportNotes[] =
+    "FILE is what velhost writes or reads: an inventory, a result document (trace),\n"
+    "the plain JSON of a query, a machine file or a DMI dump; - is standard input.\n"
+    "The page needs nothing beside it, no network and no script. Of two files it\n"
+    "tells what changed from the first to the second, of several which levels are\n"
+    "odd.\n"
+    "\n"
+    "Examples:\n"
+    "  velhost report server.json --output server.html\n"
+    "      what a machine has, what is missing and why\n"
+    "  velhost report server.dmi server.json --output changes.html\n"
+    "      two machines, or one before and after, and what is different\n";
+
 using FormatName = std::pair<std::string_view, Format>;
 constexpr FormatName kQueryFormats[] = {
     {"table", Format::kTable},   {"json", Format::kJson}, {"inventory", Format::kInventory},
@@ -235,10 +248,11 @@ void addFormat(CLI::App& app, Format& format, std::span<const FormatName> names)
 }
 
 template <class Value>
-void addPath(CLI::App& app, const std::string& name, std::optional<Value>& path,
-             const std::string& description) {
-  app.add_option_function<std::string>(
-         name, [&path](const std::string& text) { path = text; }, description)
+CLI::Option* addPath(CLI::App& app, const std::string& name, std::optional<Value>& path,
+                     const std::string& description) {
+  return app
+      .add_option_function<std::string>(
+          name, [&path](const std::string& text) { path = text; }, description)
       ->type_name("FILE");
 }
 
@@ -370,6 +384,24 @@ void addSummary(CLI::App& app, SummaryCommand& summary) {
   command->footer(kSummaryNotes);
 }
 
+void addReport(CLI::App& app, ReportCommand& report) {
+  CLI::App* const command =
+      app.add_subcommand("report", "Write a page about machines, to be read in a browser");
+  command
+      ->add_option_function<std::vector<std::string>>(
+          "FILE",
+          [&report](const std::vector<std::string>& files) {
+            report.files.assign(files.begin(), files.end());
+          },
+          "Results or machines, see below")
+      ->type_name("")
+      ->required();
+  addPath(*command, "--output", report.output, "Write the page here")
+      ->type_name("PAGE")
+      ->required();
+  command->footer(kReportNotes);
+}
+
 CLI::App* addHelp(CLI::App& app, std::string& topic) {
   CLI::App* const command = app.add_subcommand("help", "Show the help of a command");
   command->add_option("COMMAND", topic, "The command; none: all of them in short")->type_name("");
@@ -447,6 +479,7 @@ struct Words {
   std::vector<std::string> files;  // to be checked
   DiffCommand diff;
   SummaryCommand summary;
+  ReportCommand report;
   std::string topic;  // of help
 };
 
@@ -455,6 +488,7 @@ constexpr std::pair<std::string_view, Command (*)(const Words&)> kCommands[] = {
     {"explain", [](const Words& words) -> Command { return words.explain; }},
     {"diff", [](const Words& words) -> Command { return words.diff; }},
     {"summary", [](const Words& words) -> Command { return words.summary; }},
+    {"report", [](const Words& words) -> Command { return words.report; }},
     {"record", [](const Words& words) -> Command { return words.record; }},
     {"check",
      [](const Words& words) -> Command {
@@ -486,6 +520,7 @@ Command parseCommandLine(int argc, const char* const* argv) {
   addExplain(app, words.explain);
   addDiff(app, words.diff);
   addSummary(app, words.summary);
+  addReport(app, words.report);
   addRecord(app, words.record);
   addCheck(app, words.files);
   addCollectors(app);

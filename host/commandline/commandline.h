@@ -66,6 +66,11 @@ struct RecordCommand {
   bool redact = false;
 };
 
+struct ReportCommand {
+  std::vector<std::filesystem::path> files;
+  std::optional<std::filesystem::path> output;  // always given
+};
+
 // --help and --version.
 struct PrintCommand {
   std::string text;
@@ -73,7 +78,7 @@ struct PrintCommand {
 
 using Command =
     std::variant<QueryCommand, ClassesCommand, CollectorsCommand, ExplainCommand, RecordCommand,
-                 CheckCommand, DiffCommand, SummaryCommand, PrintCommand>;
+                 CheckCommand, DiffCommand, SummaryCommand, ReportCommand, PrintCommand>;
 
 // Throws InputError, one line, for bad usage.
 Command parseCommandLine(int argc, const char* const* argv);

@@ -23,6 +23,7 @@ int run(const RecordCommand& command);
 int run(const CheckCommand& command);
 int run(const DiffCommand& command);
 int run(const SummaryCommand& command);
+int run(const ReportCommand& command);
 int run(const PrintCommand& command);
 
 }  // namespace velhost

@@ -67,7 +67,10 @@ TEST_F(Velhost, BadUsageIsToldInOneLine) {
     Words arguments;
     const char* place;
   } cases[] = {
-      {"no command", {}, "query, explain, diff, summary, record, check, collectors or classes"},
+      {"no command",
+       {},
+       "query, explain, diff, summary, report, record, check, collectors or "
+       "classes"},
       {"unknown command", {"fly"}, "fly"},
       {"unknown option", {"query", "--fly"}, "--fly"},
       {"unknown option of check", {"check", "--fly", "x"}, "--fly"},

@@ -71,6 +71,8 @@ CASES = [
     ("a second file to check",        ["check", "a.json", ""],      FILES),
     ("a second file to compare",      ["diff", "a.json", ""],       FILES),
     ("files to sum up",               ["summary", "--format", "csv", ""], FILES),
+    ("a file to be shown",            ["report", "a.json", ""],     FILES),
+    ("a page",                        ["report", "--output", ""],   FILES),
     ("a number is nobody's to know",  ["query", "--repeat", ""],    NOTHING),
     ("no time either",                ["query", "--timeout", ""],   NOTHING),
     ("a level neither",               ["query", "--log-level", ""], NOTHING),
