@@ -7,6 +7,7 @@
 build_packages=(g++ cmake ninja-build libboost-dev nlohmann-json3-dev libcli11-dev libudev-dev)
 test_packages=(libgtest-dev libgmock-dev pkgconf python3 python3-jsonschema
   python3-prometheus-client python3-html5lib dmidecode valgrind jq man-db mandoc)
+browser_packages=(chromium-headless-shell poppler-utils)
 vm_packages=(qemu-system-x86 busybox-static openipmi libopenipmi-dev ipmitool)
 check_packages=(clang clang-format clang-tidy)
 
