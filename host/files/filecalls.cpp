@@ -33,6 +33,10 @@ class KernelFiles : public FileCalls {
     return orError(::faccessat(folder, name, mode, AT_EACCESS));
   }
   int isatty(int file) override { return ::isatty(file) == 1 ? 1 : -errno; }
+  int tcgetwinsize(int file, winsize& size) override {
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-vararg): the C library's tcgetwinsize is too new
+    return orError(::ioctl(file, TIOCGWINSZ, &size));
+  }
   ssize_t readlinkat(int folder, const char* name, std::span<char> text) override {
     return orError(::readlinkat(folder, name, text.data(), text.size()));
   }

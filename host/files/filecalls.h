@@ -4,6 +4,7 @@
 #pragma once
 
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 #include <sys/vfs.h>
@@ -28,6 +29,7 @@ class FileCalls {
   virtual int fstatfs(int file, struct statfs& status) = 0;
   virtual int faccessat(int folder, const char* name, int mode) = 0;  // by the effective user
   virtual int isatty(int file) = 0;                                   // 1 for a terminal
+  virtual int tcgetwinsize(int file, winsize& size) = 0;
   virtual ssize_t readlinkat(int folder, const char* name, std::span<char> text) = 0;
   virtual ssize_t read(int file, std::span<char> bytes) = 0;
   virtual ssize_t write(int file, std::string_view bytes) = 0;

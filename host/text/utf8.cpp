@@ -5,15 +5,25 @@
 #include <array>
 
 namespace velhost {
+
+bool isContinuation(char byte) noexcept {
+  return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80;
+}
+
+char32_t codePoint(std::string_view sequence) noexcept {
+  constexpr std::array<unsigned char, 5> kLeadBits{0, 0x7F, 0x1F, 0x0F, 0x07};  // by length
+  char32_t value = static_cast<unsigned char>(sequence[0]) & kLeadBits.at(sequence.size());
+  for (const char byte : sequence.substr(1)) {
+    value = value << 6U | (static_cast<unsigned char>(byte) & 0x3FU);
+  }
+  return value;
+}
+
 namespace {
 
 constexpr std::string_view kHexDigits = "0123456789abcdef";
 constexpr std::string_view kUpperHexDigits = "0123456789ABCDEF";
 constexpr std::string_view kEllipsis = "...";
-
-bool isContinuation(char byte) noexcept {
-  return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80;
-}
 
 std::string byteEscape(char byte) {
   const auto value = static_cast<unsigned char>(byte);
@@ -40,15 +50,6 @@ constexpr std::array<CodeRange, 10> kUnseen{{
     {0xFFF9, 0xFFFB},    // interlinear annotation
     {0xE0000, 0xE007F},  // tags
 }};
-
-char32_t codePoint(std::string_view sequence) noexcept {
-  constexpr std::array<unsigned char, 5> kLeadBits{0, 0x7F, 0x1F, 0x0F, 0x07};  // by length
-  char32_t value = static_cast<unsigned char>(sequence[0]) & kLeadBits.at(sequence.size());
-  for (const char byte : sequence.substr(1)) {
-    value = value << 6U | (static_cast<unsigned char>(byte) & 0x3FU);
-  }
-  return value;
-}
 
 bool isUnseen(char32_t character) noexcept {
   return std::any_of(kUnseen.begin(), kUnseen.end(), [character](const CodeRange& range) {

@@ -15,6 +15,12 @@ using NKRXVEL20::isUtf8;
 using NKRXVEL20::sequenceLength;
 using NKRXVEL20::toUtf8;
 
+// Whether the byte is one of a UTF-8 sequence but its first.
+bool isContinuation(char byte) noexcept;
+
+// The character that a whole UTF-8 sequence stands for.
+char32_t codePoint(std::string_view sequence) noexcept;
+
 // One line for people: bytes that are no UTF-8 and characters that a terminal obeys or does not show
 // (controls, direction overrides, zero-width characters) are shown as escapes.
 std::string visible(std::string_view text);

@@ -16,7 +16,7 @@ namespace velhost {
 class ScriptedFiles : public FileCalls {
  public:
   // By the call's name, in turn. A negative result is given without making the call, a positive one
-  // is the most that a read or write takes, 0 and what is not scripted lets the call be made.
+  // is the most that a read or write takes or how wide a terminal is, 0 and what is not scripted lets the call be made.
   std::map<std::string, std::deque<int>> results;
   std::function<void(const std::string& call)> before;  // each call
   std::vector<std::string> calls;
@@ -38,7 +38,13 @@ class ScriptedFiles : public FileCalls {
     return make("faccessat", [&](int) { return kernelFiles().faccessat(folder, name, mode); });
   }
   int isatty(int file) override {
-    return make("isatty", [&](int) { return kernelFiles().isatty(file); });
+    return make("isatty", [&](int yes) { return yes > 0 ? yes : kernelFiles().isatty(file); });
+  }
+  int tcgetwinsize(int file, winsize& size) override {
+    return make("tcgetwinsize", [&](int columns) {
+      size.ws_col = static_cast<unsigned short>(columns);
+      return columns > 0 ? 0 : kernelFiles().tcgetwinsize(file, size);
+    });
   }
   ssize_t readlinkat(int folder, const char* name, std::span<char> text) override {
     return make("readlinkat", [&](int) { return kernelFiles().readlinkat(folder, name, text); });
