@@ -47,7 +47,7 @@ std::string Answer::text() const {
     case Format::kMof:
       break;
   }
-  return tableText(context_, last_);
+  return tableText(context_, last_, table_);
 }
 
 }  // namespace velhost

@@ -9,6 +9,7 @@
 #include "host/commandline/commandline.h"
 #include "host/formats/openmetrics.h"
 #include "host/formats/resultdocument.h"
+#include "host/formats/tableformat.h"
 
 namespace velhost {
 
@@ -26,13 +27,15 @@ class Stopwatch {
 class Answer {
  public:
   // The context has to outlive it, and says who was asked when the first result is there.
-  Answer(Format format, const QueryContext& context) : format_(format), context_(context) {}
+  Answer(Format format, const TableOptions& table, const QueryContext& context)
+      : format_(format), table_(table), context_(context) {}
 
   void add(QueryResult result, const CollectionTime& time);
   std::string text() const;
 
  private:
   Format format_;
+  TableOptions table_;
   const QueryContext& context_;
   std::optional<ResultDocument> trace_;
   QueryResult last_;

@@ -5,6 +5,7 @@
 #include "host/collectors/schemafolder.h"
 #include "host/commandline/classnames.h"
 #include "host/commandline/commands.h"
+#include "host/files/outputscreen.h"
 #include "host/files/standardstreams.h"
 #include "host/formats/schemaformat.h"
 
@@ -28,7 +29,8 @@ std::string classesText(Format format, const ClassList& named) {
     return named.empty() ? mofText(*schema) : mofText(*schema, named);
   }
   const ClassList classes = named.empty() ? concreteClasses() : named;
-  return format == Format::kJson ? schemaJson(classes) : schemaTable(classes);
+  return format == Format::kJson ? schemaJson(classes)
+                                 : schemaTable(classes, standardOutputScreen());
 }
 
 }  // namespace

@@ -48,6 +48,8 @@ constexpr char kQueryNotes[] =
     "  csv          for spreadsheets: a line a property\n"
     "  openmetrics  for Prometheus: levels, counts, states\n"
     "  trace        everything: typed values, errors, both logs, the traffic\n"
+    "The table is as wide as the terminal, or as COLUMNS says. The trace has all\n"
+    "nodes.\n"
     "With --repeat the answer to the last request is shown; trace shows all of them\n"
     "and keeps them in memory until then.\n"
     "\n"
@@ -177,8 +179,29 @@ constexpr FormatName kSummaryFormats[] = {
     {"table", Format::kTable}, {"json", Format::kJson}, {"csv", Format::kCsv}};
 
 // The library's own conversion takes octal and hexadecimal numbers as well.
-template <class Number>
-void readNumber(const std::string& name, const std::string& text, Number lowest, Number& value) {
+template <class Number, class Target>
+CLI::Option* addNumberFor(CLI::App& app, const std::string& name, Target& value, Number lowest,
+                          const std::string& description) {
+  return app
+      .add_option_function<std::string>(
+          name,
+          [name, &value, lowest](const std::string& text) {
+            Number number{};
+            const char* const end = text.data() + text.size();
+            const auto [rest, error] = std::from_chars(text.data(), end, number);
+            if (error != std::errc() || rest != end || number < lowest) {
+              throw CLI::ValidationError(
+                  name, "\"" + text + "\" is no whole number from " + std::to_string(lowest) +
+                            " to " + std::to_string(std::numeric_limits<Number>::max()));
+            }
+            value = number;
+          },
+          description)
+      ->type_name("N");
+}
+
+template <class Number, class Target>
+void readNumber(const std::string& name, const std::string& text, Number lowest, Target& value) {
   Number number{};
   const char* const end = text.data() + text.size();
   const auto [rest, error] = std::from_chars(text.data(), end, number);
@@ -190,15 +213,23 @@ void readNumber(const std::string& name, const std::string& text, Number lowest,
   value = number;
 }
 
+template <class Number, class Target>
+CLI::Option* addNumberFor(CLI::App& app, const std::string& name, Target& value, Number lowest,
+                          const std::string& description) {
+  return app
+      .add_option_function<std::string>(
+          name,
+          [name, &value, lowest](const std::string& text) {
+            readNumber(name, text, lowest, value);
+          },
+          description)
+      ->type_name("N");
+}
+
 template <class Number>
 void addNumber(CLI::App& app, const std::string& name, Number& value, Number lowest,
                const std::string& description) {
-  app.add_option_function<std::string>(
-         name,
-         [name, &value, lowest](const std::string& text) { readNumber(name, text, lowest, value); },
-         description)
-      ->type_name("N")
-      ->default_str(std::to_string(value));
+  addNumberFor(app, name, value, lowest, description)->default_str(std::to_string(value));
 }
 
 constexpr double kMostSeconds = 1000000;
@@ -286,6 +317,11 @@ CLI::App* addQuery(CLI::App& app, QueryCommand& query) {
   addPlugins(*command, query.plugins);
   addFormat(*command, query.format, kQueryFormats);
   addPath(*command, "--output", query.output, "Write the answer to this file");
+  addNumberFor(*command, "--node", query.node, std::uint64_t{1},
+               "Show the instances of node N alone; those of no\nparticular node are left out, the "
+               "classes that\nended without instances stay");
+  command->add_flag("--wide", query.wide,
+                    "Show all properties in the table; so does naming\nclasses");
   addNumber(*command, "--repeat", query.repeat, 1U, "Make N requests");
   addSeconds(*command, "--timeout", query.timeout,
              "Ask SPs and BMCs nothing more when the request\ntook so long; default: 300 on this "

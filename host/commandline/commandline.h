@@ -4,6 +4,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -28,6 +29,8 @@ struct QueryCommand {
   bool hasLogLevel = false;  // it was given
   bool why = false;
   std::optional<std::chrono::milliseconds> timeout;
+  bool wide = false;
+  std::optional<std::uint64_t> node;
 };
 
 struct ClassesCommand {

@@ -15,7 +15,9 @@
 #include "host/commandline/classnames.h"
 #include "host/commandline/commands.h"
 #include "host/commandline/complaint.h"
+#include "host/files/outputscreen.h"
 #include "host/files/standardstreams.h"
+#include "host/formats/nodefilter.h"
 #include "host/formats/whytext.h"
 #include "host/progress/progressdisplay.h"
 #include "host/reasons/words.h"
@@ -45,6 +47,7 @@ struct Requests {
   std::vector<ClassState> troubled;  // of the last one that has any
   std::string why;                   // the steps that failed in the last one, where asked for
   bool isCutOff = false;             // the time of one of them was over before all was asked
+  std::string missingNode;           // why the last one has nothing of the node asked for
 };
 
 void noteTrouble(const QueryResult& result, Requests& requests) {
@@ -52,6 +55,18 @@ void noteTrouble(const QueryResult& result, Requests& requests) {
   std::ranges::copy_if(result.states, std::back_inserter(troubled),
                        [](const ClassState& state) { return isTrouble(state.state); });
   if (!troubled.empty()) requests.troubled = std::move(troubled);
+}
+
+// The trace has everything.
+void filterByNode(const QueryCommand& command, QueryResult& result, Requests& requests) {
+  if (!command.node || command.format == Format::kTrace) return;
+  requests.missingNode = missingNode(*command.node, result);
+  keepNode(*command.node, result);
+}
+
+TableOptions tableOptions(const QueryCommand& command) {
+  return {command.output ? fileScreen() : standardOutputScreen(),
+          command.wide || !command.classes.empty()};
 }
 
 Requests makeRequests(const QueryCommand& command, QueryRun& queryRun, Answer& answer) {
@@ -66,7 +81,8 @@ Requests makeRequests(const QueryCommand& command, QueryRun& queryRun, Answer& a
     QueryResult result = queryRun.request(classes, i == 0 || command.reinit);
     noteTrouble(result, requests);
     requests.isCutOff = requests.isCutOff || result.isCutOff;
-    if (command.why) requests.why = whyText(result);
+    if (command.why) requests.why = whyText(result, tableOptions(command).screen);
+    filterByNode(command, result, requests);
     leaveOutEmpty(unnamed, emptyClassesIn(command.format), result);
     requests.answered = complainOfFailures(result) && requests.answered;
     answer.add(std::move(result), watch.time());
@@ -136,12 +152,13 @@ int run(const QueryCommand& command) {
   auto collectors = collectorFiles(command.plugins, machine, programFolder());
   QueryRun queryRun(std::move(machine), optionsOf(command, std::move(collectors)));
   unreadable.tellRefused();
-  Answer answer(command.format, queryRun.context());
+  Answer answer(command.format, tableOptions(command), queryRun.context());
   const Requests requests = makeRequests(command, queryRun, answer);
   unreadable.tellSilence();
   const ExitStatus status = statusOf(command, unreadable, requests);
   const bool isTold = showsStates(command.format) || unreadable.isAny();
   if (status == kUnreadable && !isTold) tellTrouble(requests, timeLimitOf(command));
+  if (!requests.missingNode.empty()) complain(requests.missingNode);
   const bool isTable = command.format == Format::kTable;  // the other answers are documents
   print(output, answer.text() + (isTable && command.why ? '\n' + requests.why : ""));
   if (!isTable) writeStandardError(requests.why);

@@ -9,17 +9,17 @@
 
 namespace velhost {
 
-std::string schemaTable(const ClassList& classes) {
+std::string schemaTable(const ClassList& classes, const Screen& screen) {
   std::string text;
   for (const auto* const cimClass : classes) {
-    std::vector<TextRow> rows;
+    std::vector<Remark> properties;
     for (const auto& property : cimClass->properties) {
-      rows.push_back(
-          {std::string(property.name), std::string(NKRXVEL20::host::typeName(property.type))});
+      properties.push_back(
+          {{{std::string(property.name)}}, std::string(NKRXVEL20::host::typeName(property.type))});
     }
     if (!text.empty()) text += '\n';
-    text += std::string(cimClass->name) + "  " + std::string(cimClass->description) + '\n';
-    text += alignedColumns(rows);
+    text += heading(cimClass->name, "  " + std::string(cimClass->description), screen);
+    text += remarks(properties, screen);
   }
   return text;
 }

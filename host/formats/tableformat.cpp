@@ -2,156 +2,127 @@
 #include "host/formats/tableformat.h"
 
 #include <algorithm>
-#include <string_view>
+#include <map>
+#include <optional>
 #include <vector>
 
-#include "host/text/datetext.h"
+#include "host/formats/classentries.h"
+#include "host/formats/element.h"
+#include "host/formats/instancerows.h"
+#include "host/text/displaywidth.h"
 #include "host/text/textlayout.h"
 #include "host/text/utf8.h"
+#include "velhost/schema.h"
 
 namespace velhost {
 namespace {
 
-using NKRXVEL20::ECIMType;
-using NKRXVEL20::TCIMValue;
-using NKRXVEL20::host::PropertyList;
 using NKRXVEL20::host::PublishedInstance;
 
-using InstanceList = std::vector<const PublishedInstance*>;
+constexpr char kMoreToSee[] = "--wide shows more properties, and so does a class that is named.";
 
-std::string cellText(const TCIMValue& value) {
-  const std::string text = value.ToString();
-  return value.GetType() == ECIMType::kDateTime ? dateText(text) : visible(text);
+Style styleOf(State state) {
+  if (isTrouble(state)) return Style::kRed;
+  return state == State::kPartial ? Style::kYellow : Style::kPlain;
 }
 
-bool hasText(const PropertyList& properties, const std::string& name) {
-  return std::any_of(properties.begin(), properties.end(), [&](const auto& property) {
-    return property.first == name &&
-           property.second.ToString().find_first_not_of(' ') != std::string::npos;
-  });
+// "KRXSG_Vpd  (16 instances)  Vital product data of a component", without the words where there is
+// no room.
+std::string classHead(const std::string& name, std::size_t instances, const Screen& screen) {
+  const std::string count =
+      "  (" + std::to_string(instances) + (instances == 1 ? " instance)" : " instances)");
+  const auto* const cimClass = NKRXVEL20::host::findClass(name);
+  const std::string words = cimClass == nullptr ? "" : "  " + visible(cimClass->description);
+  const bool hasRoom = displayWidth(name + count + words) <= screen.width;
+  return heading(name, hasRoom ? count + words : count, screen);
 }
 
-// The names of the properties that say something in one instance at least: Name, then the others
-// in the order in which they turn up.
-TextRow shownNames(const InstanceList& instances) {
-  TextRow names{"Name"};
-  for (const PublishedInstance* const instance : instances) {
-    for (const auto& [name, value] : instance->properties) {
-      if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
-    }
-  }
-  const auto saysNothing = [&](const std::string& name) {
-    return std::none_of(instances.begin(), instances.end(), [&](const PublishedInstance* instance) {
-      return hasText(instance->properties, name);
+// The table in the making.
+class Table {
+ public:
+  Table(const QueryResult& result, const TableOptions& options)
+      : options_(options), screen_(options.screen) {
+    showsNodes_ = std::ranges::any_of(result.instances, [](const PublishedInstance& instance) {
+      return nodeOf(instance).value_or(1) != 1;
     });
-  };
-  names.erase(std::remove_if(names.begin(), names.end(), saysNothing), names.end());
-  return names;
-}
-
-std::string cellNamed(const PropertyList& properties, const std::string& name) {
-  const auto property = std::find_if(properties.begin(), properties.end(),
-                                     [&](const auto& p) { return p.first == name; });
-  return property == properties.end() ? "" : cellText(property->second);
-}
-
-// A line an instance, below a line of names.
-std::vector<TextRow> instancesAsRows(const InstanceList& instances) {
-  const TextRow names = shownNames(instances);
-  std::vector<TextRow> rows{names};
-  for (const PublishedInstance* const instance : instances) {
-    TextRow& row = rows.emplace_back();
-    for (const std::string& name : names) row.push_back(cellNamed(instance->properties, name));
   }
-  return rows;
-}
 
-// A line a property: its name, then its value in each instance.
-std::vector<TextRow> propertiesAsRows(const InstanceList& instances) {
-  std::vector<TextRow> rows;
-  for (const std::string& name : shownNames(instances)) {
-    TextRow& row = rows.emplace_back(TextRow{name + ':'});
-    for (const PublishedInstance* const instance : instances) {
-      row.push_back(cellNamed(instance->properties, name));
+  void add(const ClassEntry& entry) {
+    if (entry.instances.empty()) {
+      empty_.push_back(entry.state);
+    } else {
+      addBlock(entry);
     }
   }
-  return rows;
-}
 
-// Instances one below the other, which fits whatever their number.
-std::string asCards(const InstanceList& instances) {
-  std::string text;
-  for (const PublishedInstance* const instance : instances) {
-    if (!text.empty()) text += '\n';
-    text += alignedColumns(propertiesAsRows({instance}));
+  std::string text() {
+    std::string text = blocks_;
+    if (!empty_.empty()) text += (text.empty() ? "" : "\n") + statesText();
+    if (isCut_) text += '\n' + paragraph(kMoreToSee, 0, screen_.width);
+    return text;
   }
-  return text;
-}
 
-std::string instancesText(const InstanceList& instances) {
-  if (shownNames(instances).empty()) return "";
-  for (const auto& rows : {instancesAsRows(instances), propertiesAsRows(instances)}) {
-    if (columnsWidth(rows) <= kLineWidth) return alignedColumns(rows);
+ private:
+  void addBlock(const ClassEntry& entry) {
+    InstanceList instances = entry.instances;
+    std::ranges::stable_sort(instances, {}, [](const auto* instance) { return nodeOf(*instance); });
+    const ClassState& state = *entry.state;
+    if (!blocks_.empty()) blocks_ += '\n';
+    blocks_ += classHead(state.className, instances.size(), screen_);
+    blocks_ += options_.hasAllProperties
+                   ? wholeText(allColumns(state.className, instances), instances.size(), screen_)
+                   : digest(state.className, instances);
+    if (state.reason.empty()) return;
+    const std::string name = std::string(stateName(state.state)) + ':';
+    blocks_ += remarks({{{{name, styleOf(state.state)}}, reasonText(state)}}, screen_);
   }
-  return asCards(instances);
-}
 
-std::string classBlock(const ClassState& state, const InstanceList& instances) {
-  const std::string count = std::to_string(instances.size());
-  const std::string head =
-      state.className + "  (" + count + (instances.size() == 1 ? " instance)\n" : " instances)\n");
-  const std::string gap = state.reason.empty() ? "" : "  partial: " + state.reason + '\n';
-  return head + instancesText(instances) + gap + '\n';
-}
-
-// The reason, or which class further up has the same one.
-std::string reasonText(const ClassState& state, const std::vector<ClassState>& states) {
-  const auto first = std::ranges::find(states, state.reason, &ClassState::reason);
-  return &*first == &state ? state.reason : "as " + first->className;
-}
-
-// Of classes without instances, a line each. A reason is told once.
-std::string statesText(const std::vector<ClassState>& states) {
-  std::vector<TextRow> rows;
-  rows.reserve(states.size());
-  for (const ClassState& state : states) {
-    rows.push_back(
-        {state.className, std::string(stateName(state.state)), reasonText(state, states)});
+  std::string digest(const std::string& className, const InstanceList& instances) {
+    const DigestText digest = digestText(digestOf(className, instances), showsNodes_, screen_);
+    isCut_ = isCut_ || !digest.isWhole;
+    return digest.text;
   }
-  return rows.empty() ? "" : "Without instances:\n" + alignedColumns(rows);
-}
 
-InstanceList instancesOf(const QueryResult& result, const std::string& name) {
-  InstanceList instances;
-  for (const PublishedInstance& instance : result.instances) {
-    if (instance.className == name) instances.push_back(&instance);
+  // The reason, or which class further up has the same one.
+  std::string reasonText(const ClassState& state) {
+    const auto [told, isNew] = told_.emplace(state.reason, state.className);
+    return isNew || state.reason.empty() ? visible(state.reason) : "as " + told->second;
   }
-  return instances;
-}
+
+  // A line for each class without instances. A reason is told once.
+  std::string statesText() {
+    told_.clear();  // it stands by itself
+    std::vector<Remark> lines;
+    for (const ClassState* const state : empty_) {
+      lines.push_back(
+          {{{state->className}, {std::string(stateName(state->state)), styleOf(state->state)}},
+           reasonText(*state)});
+    }
+    return heading("Without instances:", "", screen_) + remarks(lines, screen_);
+  }
+
+  TableOptions options_;
+  Screen screen_;
+  bool showsNodes_ = false;
+  bool isCut_ = false;
+  std::string blocks_;
+  std::vector<const ClassState*> empty_;
+  std::map<std::string, std::string> told_;  // reasons, and the class that each was told of
+};
 
 std::string headLine(const QueryContext& context) {
   return visible(context.plugin.name) + ' ' + visible(context.plugin.version) + " on " +
          visible(context.machineName) +
-         (context.machineSource == "live" ? " (this machine)" : " (machine file)") + "\n\n";
+         (context.machineSource == "live" ? " (this machine)" : " (machine file)");
 }
 
 }  // namespace
 
-std::string tableText(const QueryContext& context, const QueryResult& result) {
-  std::string text = headLine(context);
-  std::vector<std::string> seen;
-  std::vector<ClassState> empty;
-  for (const ClassState& state : result.states) {
-    if (std::ranges::find(seen, state.className) != seen.end()) continue;
-    seen.push_back(state.className);
-    const InstanceList instances = instancesOf(result, state.className);
-    if (instances.empty()) {
-      empty.push_back(state);
-    } else {
-      text += classBlock(state, instances);
-    }
-  }
-  return empty.empty() ? text.erase(text.size() - 1) : text + statesText(empty);
+std::string tableText(const QueryContext& context, const QueryResult& result,
+                      const TableOptions& options) {
+  Table table(result, options);
+  for (const ClassEntry& entry : classEntries(result)) table.add(entry);
+  return paragraph(headLine(context), 0, options.screen.width) + '\n' + table.text();
 }
 
 }  // namespace velhost

@@ -34,13 +34,13 @@ std::vector<Block> blocksOf(const std::vector<ClassState>& states) {
 
 }  // namespace
 
-std::string whyText(const QueryResult& result) {
+std::string whyText(const QueryResult& result, const Screen& screen) {
   const auto blocks = blocksOf(result.states);
-  if (blocks.empty()) return "No step failed.\n";
-  std::string text = "Steps that failed:\n";
+  if (blocks.empty()) return paragraph("No step failed.", 0, screen.width);
+  std::string text = heading("Steps that failed:", "", screen);
   for (const Block& block : blocks) {
-    text += wrappedList(" ", block.classes, 4);
-    for (const std::string& step : *block.steps) text += "    " + step + '\n';
+    text += listLines("  ", block.classes, screen.width);
+    for (const std::string& step : *block.steps) text += paragraph(step, 4, screen.width);
   }
   return text;
 }

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -16,6 +17,14 @@ namespace {
 
 namespace fs = std::filesystem;
 using Words = std::vector<std::string>;
+
+class WideScreen {
+ public:
+  WideScreen() { ::setenv("COLUMNS", "400", 1); }
+  ~WideScreen() { ::unsetenv("COLUMNS"); }
+  WideScreen(const WideScreen&) = delete;
+  WideScreen& operator=(const WideScreen&) = delete;
+};
 
 class Velhost : public ::testing::Test {
  protected:
@@ -194,7 +203,7 @@ TEST_F(Velhost, TheTableIsTheDefault) {
   EXPECT_EQ(
       "TestPlugin 0.9 on bare (machine file)\n"
       "\n"
-      "KRXSG_Vpd  (2 instances)\n"
+      "KRXSG_Vpd  (2 instances)  Vital product data of a component\n"
       "  Name\n"
       "  DIMM 1\n"
       "  DIMM 2\n",
@@ -216,10 +225,11 @@ TEST_F(Velhost, WhatShouldHaveAnsweredEndsWithStatus3) {
        {"KRXSG_cKVM", "KRXSG_HardwareRevisionLevel", "KRXSG_SPROMFirmwareVPDBootROM"},
        3,
        "Without instances:\n"
-       "  KRXSG_cKVM                     absent      the machine type is not known, and only some "
-       "have one\n"
-       "  KRXSG_HardwareRevisionLevel    unanswered  the service processor does not answer dot "
-       "commands; check it and its driver\n"
+       "  KRXSG_cKVM                     absent      the machine type is not known, and\n"
+       "                                             only some have one\n"
+       "  KRXSG_HardwareRevisionLevel    unanswered  the service processor does not\n"
+       "                                             answer dot commands; check it and\n"
+       "                                             its driver\n"
        "  KRXSG_SPROMFirmwareVPDBootROM  unanswered  as KRXSG_HardwareRevisionLevel\n",
        ""},
       {"json",
@@ -624,6 +634,7 @@ TEST_F(Velhost, ALiveMachineIsAnsweredOrSaysWhatToDo) {
 }
 
 TEST_F(Velhost, CollectorsAreListedWithTheirClasses) {
+  const WideScreen wide;  // paths have room in a line
   const ProgramOutcome outcome = run({"collectors"});
   EXPECT_EQ(0, outcome.status);
   EXPECT_EQ("", outcome.err);
@@ -644,6 +655,7 @@ TEST_F(Velhost, CollectorsAreListedWithTheirClasses) {
 // An installation that has, beside a collector, one that no class is provided by and a file that is
 // no plug-in.
 TEST_F(Velhost, CollectorsAreListedWithTheirState) {
+  const WideScreen wide;  // paths have room in a line
   const fs::path build = fs::path(VELHOST).parent_path().parent_path();
   const fs::path bin = folder_ / "bin";
   const fs::path lib = folder_ / "lib";

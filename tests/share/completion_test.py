@@ -74,6 +74,7 @@ CASES = [
     ("a file to be shown",            ["report", "a.json", ""],     FILES),
     ("a page",                        ["report", "--output", ""],   FILES),
     ("a number is nobody's to know",  ["query", "--repeat", ""],    NOTHING),
+    ("a node neither",                ["query", "--node", ""],      NOTHING),
     ("no time either",                ["query", "--timeout", ""],   NOTHING),
     ("a level neither",               ["query", "--log-level", ""], NOTHING),
     ("a command to be helped with",   ["help", "que"],              ["query"]),

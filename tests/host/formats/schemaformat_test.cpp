@@ -22,7 +22,18 @@ TEST(SchemaFormat, ForPeopleABlockAClass) {
       "  SourceNode  uint8\n"
       "\n"
       "KRXSG_Two  The second\n",
-      schemaTable({&kOne, &kTwo}));
+      schemaTable({&kOne, &kTwo}, {}));
+}
+
+TEST(SchemaFormat, ABlockStaysInsideTheScreen) {
+  EXPECT_EQ(
+      "KRXSG_One  The\n"
+      "first\n"
+      "  Name\n"
+      "    string\n"
+      "  SourceNode\n"
+      "    uint8\n",
+      schemaTable({&kOne}, {.width = 16}));
 }
 
 TEST(SchemaFormat, ForProgramsAList) {

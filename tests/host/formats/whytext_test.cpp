@@ -8,7 +8,7 @@ namespace {
 
 TEST(WhyText, ClassesWithTheSameStepsStandTogether) {
   QueryResult result;
-  EXPECT_EQ("No step failed.\n", whyText(result));
+  EXPECT_EQ("No step failed.\n", whyText(result, {}));
   const ClassState vpd{"KRXSG_Vpd", "", State::kPartial, "r", {"a", "b"}};
   result.states = {vpd,
                    {"KRXSG_cKVM", "", State::kPresent, "", {}},
@@ -22,7 +22,16 @@ TEST(WhyText, ClassesWithTheSameStepsStandTogether) {
       "    b\n"
       "  KRXSG_DiagnosticVPD\n"
       "    b\n",
-      whyText(result));
+      whyText(result, {}));
+  EXPECT_EQ(
+      "Steps that failed:\n"
+      "  KRXSG_Vpd,\n"
+      "  KRXSG_PostBIOSVPD\n"
+      "    a\n"
+      "    b\n"
+      "  KRXSG_DiagnosticVPD\n"
+      "    b\n",
+      whyText(result, {.width = 28}));
 }
 
 }  // namespace
