@@ -9,14 +9,13 @@
 #include "host/comparison/comparison.h"
 #include "host/comparison/diffjson.h"
 #include "host/comparison/difftable.h"
+#include "host/files/outputscreen.h"
 #include "host/files/standardstreams.h"
 #include "host/machine/machinefile.h"
 #include "host/results/findings.h"
 
 namespace velhost {
 namespace {
-
-constexpr std::size_t kWidth = 80;
 
 enum Difference : int { kSame = 0, kDifferent = 1, kTrouble = 2 };
 
@@ -33,7 +32,7 @@ int compare(const DiffCommand& command) {
   const ComparedFile now{machineFileName(command.after), after};
   writeStandardOutput(command.format == Format::kJson
                           ? differenceJson(old, now, comparison)
-                          : differenceTable(old, now, comparison, kWidth));
+                          : differenceTable(old, now, comparison, standardOutputScreen().width));
   return comparison.isDifferent() ? kDifferent : kSame;
 }
 

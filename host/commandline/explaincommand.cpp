@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
-#include <cstdlib>
 #include <string>
 
 #include "host/collectors/collectorfiles.h"
@@ -12,6 +11,7 @@
 #include "host/commandline/complaint.h"
 #include "host/explanation/machineexplained.h"
 #include "host/explanation/schemaexplained.h"
+#include "host/files/outputscreen.h"
 #include "host/files/standardstreams.h"
 #include "host/machine/schemanames.h"
 #include "host/progress/progressdisplay.h"
@@ -86,19 +86,12 @@ int explainOnMachine(const ExplainCommand& command, const Topic& topic, std::siz
   return isInTrouble(result) ? kUnreadable : kAnswered;
 }
 
-std::size_t outputWidth() {
-  const char* const columns = std::getenv("COLUMNS");
-  std::size_t width = 0;
-  if (columns != nullptr) width = std::strtoul(columns, nullptr, 10);
-  return width > 0 ? width : 80;
-}
-
 }  // namespace
 
 int run(const ExplainCommand& command) {
   useSchema(programFolder());
   const Topic topic = topicOf(command.topic);
-  const std::size_t width = outputWidth();
+  const std::size_t width = standardOutputScreen().width;
   if (command.machine) return explainOnMachine(command, topic, width);
   if (command.node) throw InputError("--node needs a machine; give --machine FILE");
   writeStandardOutput(textOf(topic, width));

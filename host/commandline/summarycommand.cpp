@@ -7,6 +7,7 @@
 #include "host/commandline/complaint.h"
 #include "host/comparison/levelsummary.h"
 #include "host/comparison/summarytext.h"
+#include "host/files/outputscreen.h"
 #include "host/files/standardstreams.h"
 #include "host/machine/machinefile.h"
 #include "host/results/findings.h"
@@ -14,12 +15,10 @@
 namespace velhost {
 namespace {
 
-constexpr std::size_t kWidth = 80;
-
 std::string textOf(Format format, const LevelSummary& summary, std::size_t unread) {
   if (format == Format::kJson) return summaryJson(summary, unread);
   if (format == Format::kCsv) return summaryCsv(summary);
-  return summaryTable(summary, unread, kWidth);
+  return summaryTable(summary, unread, standardOutputScreen().width);
 }
 
 }  // namespace
