@@ -64,7 +64,8 @@ def environment(home):
             if not re.match(r"CMAKE_PREFIX|CMAKE_BUILD|CMAKE_INSTALL|PKG_CONFIG|LD_LIBRARY|DESTDIR|"
                             r"vel_|CPATH|LIBRARY_PATH", name)}
     return kept | {"HOME": str(home), "CXX": COMPILER, "CXXFLAGS": f"{WARNINGS} {FLAGS}",
-                   "LDFLAGS": FLAGS, "LC_ALL": "C.UTF-8"}
+                   "LDFLAGS": FLAGS, "LC_ALL": "C.UTF-8",
+                   "COLUMNS": str(80 + len(str(home)) - len("/home/you"))}  # that stands for it
 
 
 def installed(prefix, **variables):

@@ -180,27 +180,6 @@ constexpr FormatName kSummaryFormats[] = {
 
 // The library's own conversion takes octal and hexadecimal numbers as well.
 template <class Number, class Target>
-CLI::Option* addNumberFor(CLI::App& app, const std::string& name, Target& value, Number lowest,
-                          const std::string& description) {
-  return app
-      .add_option_function<std::string>(
-          name,
-          [name, &value, lowest](const std::string& text) {
-            Number number{};
-            const char* const end = text.data() + text.size();
-            const auto [rest, error] = std::from_chars(text.data(), end, number);
-            if (error != std::errc() || rest != end || number < lowest) {
-              throw CLI::ValidationError(
-                  name, "\"" + text + "\" is no whole number from " + std::to_string(lowest) +
-                            " to " + std::to_string(std::numeric_limits<Number>::max()));
-            }
-            value = number;
-          },
-          description)
-      ->type_name("N");
-}
-
-template <class Number, class Target>
 void readNumber(const std::string& name, const std::string& text, Number lowest, Target& value) {
   Number number{};
   const char* const end = text.data() + text.size();

@@ -93,7 +93,8 @@ class Explain(unittest.TestCase):
             if path.name.endswith((".expected.json", ".schema.json")):
                 continue
             outcome = subprocess.run([VELHOST, "query", "KRXSG_Vpd", "--why", "--machine", path],
-                                     capture_output=True, check=False, text=True)
+                                     capture_output=True, check=False, text=True,
+                                     env={**os.environ, "COLUMNS": "1000"})
             why = re.findall(r"^    (.*)$", outcome.stdout.partition("\nSteps that failed:\n")[2], re.M)
             said = explain("KRXSG_Vpd.Name", "--machine", path, columns="1000").stdout.decode()
             steps = re.findall(r"^  (.*)$", said.partition("\nSteps that failed:\n")[2], re.M)

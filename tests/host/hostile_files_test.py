@@ -8,6 +8,7 @@ MEBIBYTES is the address space that the program gets; 0 is no limit, for the san
 terabytes of it.
 """
 import json
+import os
 import pathlib
 import resource
 import struct
@@ -110,7 +111,8 @@ class HostileFilesTest(unittest.TestCase):
 
     def run_velhost(self, *arguments):
         return subprocess.run([VELHOST, *arguments], capture_output=True, check=False,
-                              encoding="utf-8", preexec_fn=limited)
+                              encoding="utf-8", preexec_fn=limited,
+                              env={**os.environ, "COLUMNS": "400"})
 
     def test_each_is_refused_in_one_line_and_the_next_file_is_checked(self):
         for name, content in DUMPS.items():

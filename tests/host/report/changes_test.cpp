@@ -66,7 +66,8 @@ TEST(Changes, NothingIsSaidInAWord) {
 }
 
 TEST(Changes, WhatDidNotAnswerIsNotGone) {
-  ToldMachine after{{}, "b.json"};
+  ToldMachine after;
+  after.file = "b.json";
   addClass(after.findings, "KRXSG_Vpd", State::kUnanswered, "the SP is silent", {});
   const std::string rows = rowsText(told({dimm("DIMM 1", "1")}), after);
   EXPECT_NE(std::string::npos,
