@@ -173,13 +173,16 @@ bool TrafficRecorder::sendIPMICommand(unsigned char* bytes, int* length, int cap
   const std::span<const unsigned char> buffer = ipmiBuffer(bytes, capacity);
   const std::span<const unsigned char> request = ipmiRequest(buffer);
   entry.command.assign(request.begin(), request.end());
-  *length = 0;  // as the driver has it when it fails
-  return pass(std::move(entry), [&](TrafficEntry& sent) {
+  bool isSent = false;
+  const bool answered = pass(std::move(entry), [&](TrafficEntry& sent) {
+    isSent = true;
     sent.answered = library_->sendIPMICommand(bytes, length, capacity, wait);
     if (!sent.answered) return;
     sent.length = *length;
     sent.reply = bytesGot(buffer, bytesUpToZeros(buffer), sent.length);
   });
+  if (!isSent) *length = 0;  // as the library has it when it fails
+  return answered;
 }
 
 }  // namespace NKRXVEL20::host
