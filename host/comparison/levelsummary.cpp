@@ -49,19 +49,6 @@ std::string textIn(const PublishedInstance& instance, std::string_view name) {
   return found == instance.properties.end() ? "" : keptText(found->second.ToString());
 }
 
-// "Node 2 : UEFI" and "Node 2: DIMM 1" without the node.
-std::string withoutNode(std::string name) {
-  constexpr std::string_view kLabel = "Node ";
-  const std::size_t digits = name.find_first_not_of("0123456789", kLabel.size());
-  const bool isLabelled = name.starts_with(kLabel) && digits != kLabel.size();
-  if (!isLabelled || digits == std::string::npos) return name;
-  const std::size_t colon = name.find_first_not_of(' ', digits);
-  if (colon == std::string::npos || name[colon] != ':') return name;
-  name.erase(0, colon + 1);
-  name.erase(0, std::min(name.find_first_not_of(' '), name.size()));
-  return name;
-}
-
 struct FoundLevel {
   std::string className;
   std::string name;

@@ -101,6 +101,21 @@ std::string nameOf(const PublishedInstance& instance) {
   return keysText(instance, *cimClass);
 }
 
+std::string withoutNode(const std::string& name) {
+  std::string_view rest = name;
+  constexpr std::string_view kNode = "Node ";
+  if (!rest.starts_with(kNode)) return name;
+  rest.remove_prefix(kNode.size());
+  const std::size_t digits = std::min(rest.find_first_not_of("0123456789"), rest.size());
+  if (digits == 0) return name;
+  rest.remove_prefix(digits);
+  if (rest.starts_with(' ')) rest.remove_prefix(1);
+  if (!rest.starts_with(':')) return name;
+  rest.remove_prefix(1);
+  if (rest.starts_with(' ')) rest.remove_prefix(1);
+  return std::string(rest);
+}
+
 std::string versionOf(const PublishedInstance& instance) { return firstText(instance, kVersions); }
 
 std::string buildOf(const PublishedInstance& instance) { return textOf(instance, "BuildNumber"); }

@@ -21,6 +21,9 @@ std::optional<std::uint64_t> nodeOf(const NKRXVEL20::host::PublishedInstance& in
 // SourceNode. Empty when nothing names it.
 std::string nameOf(const NKRXVEL20::host::PublishedInstance& instance);
 
+// "DIMM 5" of the name "Node 2: DIMM 5", "System BIOS" of "Node 1 : System BIOS".
+std::string withoutNode(const std::string& name);
+
 // Version, or FirmwareVersion where that says nothing. Empty when it is not told.
 std::string versionOf(const NKRXVEL20::host::PublishedInstance& instance);
 

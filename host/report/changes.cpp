@@ -8,7 +8,6 @@
 #include "host/formats/shownvalue.h"
 #include "host/report/badge.h"
 #include "host/report/partkind.h"
-#include "host/report/unfilled.h"
 #include "velhost/schema.h"
 
 namespace velhost {

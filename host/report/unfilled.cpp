@@ -194,21 +194,6 @@ std::vector<std::uint64_t> askedNodes(const QueryResult& result) {
   return {nodes.begin(), nodes.end()};
 }
 
-std::string withoutNode(const std::string& name) {
-  std::string_view rest = name;
-  constexpr std::string_view kNode = "Node ";
-  if (!rest.starts_with(kNode)) return name;
-  rest.remove_prefix(kNode.size());
-  const std::size_t digits = std::min(rest.find_first_not_of("0123456789"), rest.size());
-  if (digits == 0) return name;
-  rest.remove_prefix(digits);
-  if (rest.starts_with(' ')) rest.remove_prefix(1);
-  if (!rest.starts_with(':')) return name;
-  rest.remove_prefix(1);
-  if (rest.starts_with(' ')) rest.remove_prefix(1);
-  return std::string(rest);
-}
-
 NumberedTitle numberedTitle(const std::string& title) {
   const std::size_t blank = title.rfind(' ');
   NumberedTitle numbered{title, 0};

@@ -34,9 +34,6 @@ std::vector<Unfilled> unfilledPlaces(const QueryResult& result);
 // The nodes that were asked, as the traffic tells.
 std::vector<std::uint64_t> askedNodes(const QueryResult& result);
 
-// "DIMM 5" of the name "Node 2: DIMM 5", "System BIOS" of "Node 1 : System BIOS".
-std::string withoutNode(const std::string& name);
-
 // "DIMM" and 5 of "DIMM 5"; a title without a number has 0.
 struct NumberedTitle {
   std::string word;

@@ -142,5 +142,22 @@ TEST(Element, ClassesHaveALevelThatHaveAPropertyForIt) {
   for (const auto& c : cases) EXPECT_EQ(c.hasLevel, hasLevel(c.className)) << c.className;
 }
 
+TEST(Element, ANameWithoutItsNode) {
+  const struct {
+    const char* name;
+    const char* title;
+  } cases[] = {
+      {"Node 2: DIMM 5", "DIMM 5"},
+      {"Node 1 : System BIOS", "System BIOS"},
+      {"Node 1 : ", ""},
+      {"DIMM 5", "DIMM 5"},
+      {"Node X: y", "Node X: y"},
+      {"Node 1", "Node 1"},
+      {"Node : x", "Node : x"},
+      {"", ""},
+  };
+  for (const auto& c : cases) EXPECT_EQ(c.title, withoutNode(c.name)) << c.name;
+}
+
 }  // namespace
 }  // namespace velhost

@@ -106,23 +106,6 @@ TEST(Unfilled, WhatIsNotAnsweredSaysWhichCommand) {
   EXPECT_EQ("command 04 03 05 03 01 was not answered", places[1].reason);
 }
 
-TEST(Unfilled, ATitleIsTheNameWithoutItsNode) {
-  const struct {
-    const char* name;
-    const char* title;
-  } cases[] = {
-      {"Node 2: DIMM 5", "DIMM 5"},
-      {"Node 1 : System BIOS", "System BIOS"},
-      {"Node 1 : ", ""},
-      {"DIMM 5", "DIMM 5"},
-      {"Node X: y", "Node X: y"},
-      {"Node 1", "Node 1"},
-      {"Node : x", "Node : x"},
-      {"", ""},
-  };
-  for (const auto& c : cases) EXPECT_EQ(c.title, withoutNode(c.name)) << c.name;
-}
-
 TEST(Unfilled, ATitleMayEndInANumber) {
   const struct {
     const char* title;
