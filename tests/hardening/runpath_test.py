@@ -15,6 +15,8 @@ import sys
 import tempfile
 import unittest
 
+from elffile import linked_files, told_by
+
 CMAKE = sys.argv.pop(1)
 BUILD = pathlib.Path(sys.argv.pop(1)).resolve()
 MACHINE = pathlib.Path(sys.argv.pop(1)).resolve()
@@ -27,18 +29,6 @@ SHIPPED = {
     "libspdriver.so",
     "libvelcore.so",
 }
-
-
-def is_linked(file):
-    """An ELF file that the loader reads: a program or a shared object (e_type 2 or 3)."""
-    with file.open("rb") as stream:
-        head = stream.read(18)
-    return head[:4] == b"\x7fELF" and head[16] in (2, 3)
-
-
-def linked_files(*folders):
-    files = (f for folder in folders for f in folder.rglob("*") if f.is_file())
-    return sorted(f for f in files if not f.is_symlink() and is_linked(f))
 
 
 def is_named(element):
@@ -56,8 +46,7 @@ def complaints(dynamic_section):
 
 
 def dynamic_section(file):
-    command = ["readelf", "--wide", "--dynamic", file]
-    return subprocess.run(command, capture_output=True, text=True, check=True).stdout
+    return told_by("readelf", "--wide", "--dynamic", file)
 
 
 def line(tag, text):
