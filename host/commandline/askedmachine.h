@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "host/collectors/collectorset.h"
 #include "host/commandline/commands.h"
 #include "host/files/outputfile.h"
 #include "host/machine/machine.h"
@@ -27,6 +28,10 @@ template <class Command>
 std::unique_ptr<OutputFile> outputOf(const Command& command, FileRules rules) {
   return command.output ? std::make_unique<OutputFile>(*command.output, rules) : nullptr;
 }
+
+// What needs root is open: the machine, the schema and the place of the answer. A file that is going to
+// take its place in a folder of root's needs root to the end.
+void giveUpRoot(const CollectorFiles& collectors, const std::unique_ptr<OutputFile>& output);
 
 void print(const std::unique_ptr<OutputFile>& file, std::string_view text);
 

@@ -71,6 +71,7 @@ bool isInTrouble(const QueryResult& result) {
 int explainOnMachine(const ExplainCommand& command, const Topic& topic, std::size_t width) {
   Machine machine = machineOf(command);
   auto collectors = collectorFiles({}, machine, programFolder());
+  giveUpRoot(collectors, nullptr);
   QueryRun queryRun(std::move(machine), {.collectors = std::move(collectors),
                                          .keepLogs = false,
                                          .keepTraffic = true,

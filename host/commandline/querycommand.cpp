@@ -150,6 +150,7 @@ int run(const QueryCommand& command) {
   const Unreadable unreadable(machine);
   const auto output = outputOf(command, {});
   auto collectors = collectorFiles(command.plugins, machine, programFolder());
+  giveUpRoot(collectors, output);
   QueryRun queryRun(std::move(machine), optionsOf(command, std::move(collectors)));
   unreadable.tellRefused();
   Answer answer(command.format, tableOptions(command), queryRun.context());

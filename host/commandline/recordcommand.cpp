@@ -24,6 +24,7 @@ int run(const RecordCommand& command) {
   const Unreadable unreadable(machine);
   const auto output = outputOf(command, {.isPrivate = true, .mayReplace = command.force});
   auto collectors = collectorFiles(command.plugins, machine, programFolder());
+  giveUpRoot(collectors, output);
   const Recording recording =
       recordShown(std::move(machine), {std::move(collectors), command.redact});
   unreadable.tellRefused();

@@ -4,17 +4,18 @@
 #pragma once
 
 #include <sys/types.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <optional>
 #include <string>
+
+#include "host/files/rights.h"
 
 namespace velhost {
 
 // One line that names the file and the reason, for root and a file that its group or everyone may
 // write; nullopt for any other file and user. A file that is not there is nobody's to refuse.
 std::optional<std::string> whyRootRefuses(const std::filesystem::path& file,
-                                          uid_t user = ::geteuid());
+                                          uid_t user = startedAs());
 
 }  // namespace velhost

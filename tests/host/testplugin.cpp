@@ -3,6 +3,8 @@
 // A plug-in for the host's tests. The classes asked for tell it what to do, in their order; the
 // machine type "INITFAIL" makes Init fail, and one that is a call's name has that call throw what
 // is no std::exception.
+#include <unistd.h>
+
 #include <boost/pointer_cast.hpp>
 #include <functional>
 #include <map>
@@ -79,6 +81,15 @@ void showCompanions(const Namespace& ns) {
   }
 }
 
+// Whose process it is that the plug-in has been loaded into.
+void tellRights(const Namespace& /*ns*/) {
+  TRootObject::GetCoreLogger().Log(
+      kSeverityPrevented, "user " + std::to_string(::geteuid()) + ", group " +
+                              std::to_string(::getegid()) + ", " +
+                              std::to_string(::getgroups(0, nullptr)) + " other groups, back " +
+                              (::setuid(0) == 0 ? "to root" : "nowhere"));
+}
+
 struct OwnError {};
 
 void throwWhere(const std::string& call) {
@@ -93,6 +104,7 @@ const std::map<std::string, std::function<void(const Namespace&)>>& deeds() {
       {"MINE_Fan", sendCommands},
       {"KRXSG_DeviceDriver", writeLogs},
       {"KRXSG_cKVM", showCompanions},
+      {"KRXSG_SPROMFirmwareVPDBootROM", tellRights},
       {"KRXSG_PostBIOSVPD", [](const Namespace&) {}},
       {"KRXSG_SystemBIOS", [](const Namespace&) { throw std::runtime_error("it broke"); }},
       {"KRXSG_HardwareRevisionLevel", [](const Namespace&) { throw OwnError(); }},
