@@ -161,8 +161,8 @@ void DifferenceText::total(const Comparison& comparison) {
     if (count > 0) text += (text.empty() ? "" : ", ") + std::to_string(count) + ' ' + what;
   }
   if (states > 0) {
-    text += (text.empty() ? "" : "; ") + std::string("the state of ") +
-            (states == 1 ? "1 class" : std::to_string(states) + " classes");
+    text += (text.empty() ? "" : "; ") + std::to_string(states) +
+            (states == 1 ? " class in another state" : " classes in another state");
   }
   text_ += '\n' + (text.empty() ? "No differences." : text + '.') + '\n';
 }

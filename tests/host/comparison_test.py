@@ -210,6 +210,9 @@ KRXSG_cKVM
         self.assertEqual((True, False, "present", "unanswered", []),
                          (entry["different"], entry["compared"], entry["old"]["state"],
                           entry["new"]["state"], entry["went"]))
+        table = velhost("diff", MACHINES / "ordinary-server.json",
+                        MACHINES / "ordinary-server-silent-bmc.json").stdout.decode()
+        self.assertTrue(table.endswith("\n\n3 classes in another state.\n"), table)
 
     def test_hostile_values(self):
         def plain(text):
