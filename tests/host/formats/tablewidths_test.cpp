@@ -54,8 +54,7 @@ QueryResult hostileResult(unsigned nodes) {
       "\"quotes\" <b>&amp;</b>",
       "\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E",  // six wide letters
       "e\xCC\x81\xCC\x81\xCC\x81",                                                 // marks
-      "\xE2\x80\xAE"
-      "reversed",
+      "\xE2\x80\xAEturned round",
       "a text of several words that is longer than a column may be",
       "a-text-without-blanks-that-is-longer-than-a-column-may-be",
   };
