@@ -9,7 +9,9 @@
 #include <string_view>
 #include <utility>
 
+#include "host/comparison/exchangednodes.h"
 #include "host/comparison/seeninstance.h"
+#include "host/formats/element.h"
 #include "host/text/utf8.h"
 
 namespace velhost {
@@ -76,6 +78,17 @@ Seen seenOf(const std::vector<const PublishedInstance*>& instances, Texts texts)
   }
   forgetDoubtfulUnits(result);
   return result;
+}
+
+// Where nodes have other numbers than before, what stands on a node is known by the node.
+void giveNodesAsUnits(Seen& seen, const NodeMap& nodes, Texts texts) {
+  for (SeenInstance& one : seen) {
+    const auto node = nodeOf(*one.instance);
+    if (!one.unit.empty() || !node) continue;
+    const auto found = nodes.find(*node);
+    if (found != nodes.end()) one.unit = keyOnNode(*one.instance, found->second, texts);
+  }
+  forgetDoubtfulUnits(seen);
 }
 
 // Where a unit came to a slot that is told although it is empty, the emptiness went to where it left.
@@ -176,16 +189,30 @@ bool isOtherState(const ClassFindings& before, const ClassFindings& after, bool 
   return bothTell || !(before.instances.empty() && after.instances.empty());
 }
 
+// How the two are read.
+struct Reading {
+  Texts texts = Texts::kAsUtf8;
+  bool bothTell = false;  // the states of their classes
+  NodeMap before;         // of each node the one that it is known as
+  NodeMap after;
+};
+
+Sides sidesOf(const ClassFindings& before, const ClassFindings& after, const Reading& reading) {
+  Sides sides{seenOf(before.instances, reading.texts), seenOf(after.instances, reading.texts)};
+  giveNodesAsUnits(sides.before, reading.before, reading.texts);
+  giveNodesAsUnits(sides.after, reading.after, reading.texts);
+  return sides;
+}
+
 ClassComparison comparedClass(const std::string& name, const ClassFindings& before,
-                              const ClassFindings& after, bool bothTell, Texts texts) {
+                              const ClassFindings& after, const Reading& reading) {
   ClassComparison result{.className = name, .before = before.state, .after = after.state};
   result.isCompared = !isTroubled(before.state) && !isTroubled(after.state);
-  result.hasOtherState = isOtherState(before, after, bothTell);
+  result.hasOtherState = isOtherState(before, after, reading.bothTell);
   result.countBefore = before.instances.size();
   result.countAfter = after.instances.size();
   if (result.isCompared) {
-    compareInstances({seenOf(before.instances, texts), seenOf(after.instances, texts)}, texts,
-                     result);
+    compareInstances(sidesOf(before, after, reading), reading.texts, result);
   }
   return result;
 }
@@ -196,6 +223,15 @@ bool hasBytes(const Findings& findings) {
     return std::ranges::any_of(instance.properties,
                                [](const auto& p) { return !isUtf8(p.second.ToString()); });
   });
+}
+
+Reading readingOf(const Findings& before, const Findings& after) {
+  Reading reading;
+  if (hasBytes(before) && hasBytes(after)) reading.texts = Texts::kAsTheyAre;
+  reading.bothTell = before.tellsStates && after.tellsStates;
+  reading.after = exchangedNodes(before.result, after.result);
+  for (const auto& pair : reading.after) reading.before[pair.second] = pair.second;
+  return reading;
 }
 
 std::vector<std::string> classesOf(const QueryResult& before, const QueryResult& after) {
@@ -216,13 +252,12 @@ bool Comparison::isDifferent() const {
 }
 
 Comparison compared(const Findings& before, const Findings& after) {
-  const Texts texts = hasBytes(before) && hasBytes(after) ? Texts::kAsTheyAre : Texts::kAsUtf8;
+  const Reading reading = readingOf(before, after);
   FindingsByClass old = byClass(before.result);
   FindingsByClass now = byClass(after.result);
   Comparison comparison;
   for (const std::string& name : classesOf(before.result, after.result)) {
-    comparison.classes.push_back(
-        comparedClass(name, old[name], now[name], before.tellsStates && after.tellsStates, texts));
+    comparison.classes.push_back(comparedClass(name, old[name], now[name], reading));
   }
   return comparison;
 }

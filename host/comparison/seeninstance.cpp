@@ -5,6 +5,7 @@
 #include <array>
 #include <string_view>
 
+#include "host/formats/element.h"
 #include "host/text/utf8.h"
 #include "velhost/schema.h"
 
@@ -56,16 +57,27 @@ void append(std::string& texts, std::string_view name, std::string_view value) {
   texts.append(name).append("=").append(std::to_string(value.size())).append(":").append(value);
 }
 
-std::string keyOf(const PublishedInstance& instance, const ClassSchema* cimClass, Texts texts) {
+// `shown` gives the text that a value counts as.
+template <class Shown>
+std::string keyText(const PublishedInstance& instance, const ClassSchema* cimClass, Shown shown) {
   std::string key;
   if (cimClass == nullptr) return key;
   for (const PropertySchema& property : cimClass->properties) {
     if (!property.isKey) continue;
     const TCIMValue* const value = valueOf(instance, property.name);
-    append(key, value == nullptr ? "" : property.name,
-           value == nullptr ? "" : seenText(*value, texts));
+    append(key, value == nullptr ? "" : property.name, value == nullptr ? "" : shown(*value));
   }
   return key;
+}
+
+std::string keyOf(const PublishedInstance& instance, const ClassSchema* cimClass, Texts texts) {
+  return keyText(instance, cimClass,
+                 [texts](const TCIMValue& value) { return seenText(value, texts); });
+}
+
+PublishedInstance withoutNodeNumber(PublishedInstance instance) {
+  std::erase_if(instance.properties, [](const auto& p) { return p.first == "SourceNode"; });
+  return instance;
 }
 
 bool isBlank(std::string_view text) {
@@ -111,6 +123,14 @@ SeenInstance seen(const PublishedInstance& instance, Texts texts) {
     if (property == nullptr || !isOfPlace(*property)) append(result.placed, name, text);
   }
   return result;
+}
+
+std::string keyOnNode(const PublishedInstance& instance, std::uint64_t node, Texts texts) {
+  if (!nodeOf(instance)) return "";
+  // The node's number is a key of its own, or stands before the name.
+  const auto shown = [&](const TCIMValue& value) { return withoutNode(seenText(value, texts)); };
+  const ClassSchema* const cimClass = NKRXVEL20::host::findClass(instance.className);
+  return keyText(withoutNodeNumber(instance), cimClass, shown) + '@' + std::to_string(node);
 }
 
 }  // namespace velhost

@@ -4,6 +4,7 @@
 // file they were read from.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -24,6 +25,10 @@ struct SeenInstance {
 enum class Texts { kAsTheyAre, kAsUtf8 };
 
 SeenInstance seen(const NKRXVEL20::host::PublishedInstance& instance, Texts texts);
+
+// The values of the class's keys as they are on another node; empty: the instance is of no node.
+std::string keyOnNode(const NKRXVEL20::host::PublishedInstance& instance, std::uint64_t node,
+                      Texts texts);
 
 // As it is seen: two that are equal are no difference.
 std::string seenText(const NKRXVEL20::TCIMValue& value, Texts texts);

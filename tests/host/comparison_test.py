@@ -137,6 +137,31 @@ class Diff(Folder):
             entry["instances"].sort(key=lambda i: -i.get("SourceNode", 0))
         self.diff(MACHINES / "eight-nodes.json", self.put("new.json", document), 0)
 
+    def test_nodes_that_have_other_numbers_moved_and_did_not_change(self):
+        for machine, exchanged in (("two-nodes", {1: 2, 2: 1}),
+                                   ("eight-nodes", {1: 3, 3: 8, 8: 1})):
+            with self.subTest(machine):
+                document = inventory(MACHINES / f"{machine}.json")
+                old = self.put("old.json", document)
+                for entry in document["classes"]:
+                    for instance in entry["instances"]:
+                        self.renumber(instance, exchanged)
+                for entry in self.diff(old, self.put("new.json", document), 1).values():
+                    self.assertEqual(([], [], []),
+                                     (entry["changed"], entry["went"], entry["came"]), entry["class"])
+                    self.assertTrue(entry["moved"])
+
+    @staticmethod
+    def renumber(instance, exchanged):
+        """In every place that has the number of a node."""
+        if "SourceNode" in instance:
+            instance["SourceNode"] = exchanged.get(instance["SourceNode"], instance["SourceNode"])
+        for name, value in instance.items():
+            if isinstance(value, str):
+                instance[name] = re.sub(
+                    r"\b(Node|SP) (\d+)\b",
+                    lambda m: f"{m[1]} {exchanged.get(int(m[2]), int(m[2]))}", value)
+
     def test_dimms_that_all_changed_places_moved_and_nothing_else(self):
         document = inventory(MACHINES / "eight-nodes.json")
         old = self.put("old.json", document)
