@@ -55,6 +55,7 @@ struct FoundLevel {
   std::string version;
   std::string build;
 
+  // NOLINTNEXTLINE(modernize-use-nullptr): the check finds a 0 in what the compiler makes of it
   friend auto operator<=>(const FoundLevel&, const FoundLevel&) = default;
 };
 

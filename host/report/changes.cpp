@@ -44,7 +44,9 @@ Html unitText(const PublishedInstance& instance) {
       continue;
     }
     const std::string shown = shownValue(findClass(instance.className), name, value);
-    if (!shown.empty()) text += (text.empty() ? "" : ", ") + name + ' ' + shown;
+    if (shown.empty()) continue;
+    if (!text.empty()) text += ", ";
+    text.append(name).append(" ").append(shown);
   }
   return element("bdi", asText(text.empty() ? "there" : text, kLongestValue));
 }
@@ -104,10 +106,10 @@ Html classRows(const ClassComparison& entry, const Findings& before, const Findi
 }
 
 Html classBody(const ClassComparison& entry, const Findings& before, const Findings& after) {
-  const Html rows = classRows(entry, before, after);
+  Html rows = classRows(entry, before, after);
   if (rows.isEmpty()) return rows;
   const Html head =
-      element("th scope=\"rowgroup\" colspan=\"3\"", asText(classTitle(entry.className)));
+      element(R"(th scope="rowgroup" colspan="3")", asText(classTitle(entry.className)));
   return element("tbody", element("tr class=\"group\"", head) + rows);
 }
 
