@@ -37,15 +37,18 @@ std::string classHead(const std::string& name, std::size_t instances, const Scre
   return heading(name, hasRoom ? count + words : count, screen);
 }
 
+// Whether there is any but the first.
+bool hasOtherNodes(const QueryResult& result) {
+  return std::ranges::any_of(result.instances, [](const PublishedInstance& instance) {
+    return nodeOf(instance).value_or(1) != 1;
+  });
+}
+
 // The table in the making.
 class Table {
  public:
   Table(const QueryResult& result, const TableOptions& options)
-      : options_(options), screen_(options.screen) {
-    showsNodes_ = std::ranges::any_of(result.instances, [](const PublishedInstance& instance) {
-      return nodeOf(instance).value_or(1) != 1;
-    });
-  }
+      : options_(options), screen_(options.screen), showsNodes_(hasOtherNodes(result)) {}
 
   void add(const ClassEntry& entry) {
     if (entry.instances.empty()) {
