@@ -16,7 +16,6 @@
 namespace velhost {
 namespace {
 
-using NKRXVEL20::TCIMValue;
 using NKRXVEL20::host::ClassSchema;
 using NKRXVEL20::host::findProperty;
 using NKRXVEL20::host::PropertySchema;

@@ -13,22 +13,22 @@ struct BadgeTags {
 
 // In the order of Filling.
 constexpr BadgeTags kBadges[] = {
-    {"span class=\"badge is-present\"", "use href=\"#sign-present\""},
-    {"span class=\"badge is-partial\"", "use href=\"#sign-partial\""},
-    {"span class=\"badge is-empty\"", "use href=\"#sign-empty\""},
-    {"span class=\"badge is-untold\"", "use href=\"#sign-untold\""},
-    {"span class=\"badge is-absent\"", "use href=\"#sign-absent\""},
-    {"span class=\"badge is-elsewhere\"", "use href=\"#sign-elsewhere\""},
-    {"span class=\"badge is-unused\"", "use href=\"#sign-unused\""},
-    {"span class=\"badge is-unanswered\"", "use href=\"#sign-unanswered\""},
-    {"span class=\"badge is-unreadable\"", "use href=\"#sign-unreadable\""},
-    {"span class=\"badge is-forbidden\"", "use href=\"#sign-forbidden\""},
-    {"span class=\"badge is-failed\"", "use href=\"#sign-failed\""},
+    {R"(span class="badge is-present")", R"(use href="#sign-present")"},
+    {R"(span class="badge is-partial")", R"(use href="#sign-partial")"},
+    {R"(span class="badge is-empty")", R"(use href="#sign-empty")"},
+    {R"(span class="badge is-untold")", R"(use href="#sign-untold")"},
+    {R"(span class="badge is-absent")", R"(use href="#sign-absent")"},
+    {R"(span class="badge is-elsewhere")", R"(use href="#sign-elsewhere")"},
+    {R"(span class="badge is-unused")", R"(use href="#sign-unused")"},
+    {R"(span class="badge is-unanswered")", R"(use href="#sign-unanswered")"},
+    {R"(span class="badge is-unreadable")", R"(use href="#sign-unreadable")"},
+    {R"(span class="badge is-forbidden")", R"(use href="#sign-forbidden")"},
+    {R"(span class="badge is-failed")", R"(use href="#sign-failed")"},
 };
 
 Html badgeWith(Filling filling, const Html& before) {
   const BadgeTags& tags = kBadges[static_cast<std::size_t>(filling)];
-  const Html sign = element("svg class=\"sign\" aria-hidden=\"true\"", element(tags.sign, {}));
+  const Html sign = element(R"(svg class="sign" aria-hidden="true")", element(tags.sign, {}));
   return element(tags.badge, sign + before + asText(fillingName(filling)));
 }
 

@@ -22,8 +22,8 @@ constexpr std::size_t kLongestValue = 400;
 
 // One row: what it is about, how it was, how it is.
 Html row(const Html& what, const Html& before, const Html& after) {
-  return element("tr",
-                 element("th scope=\"row\"", what) + element("td", before) + element("td", after)) +
+  return element("tr", element(R"(th scope="row")", what) + element("td", before) +
+                           element("td", after)) +
          "\n"_html;
 }
 
@@ -55,7 +55,7 @@ Html valueText(const PublishedInstance& instance, const std::string& property,
                const TCIMValue* value) {
   const auto* const cimClass = findClass(instance.className);
   const std::string shown = value == nullptr ? "" : shownValue(cimClass, property, *value);
-  if (shown.empty()) return element("span class=\"what\"", "blank"_html);
+  if (shown.empty()) return element(R"(span class="what")", "blank"_html);
   return element("bdi", asText(shown, kLongestValue));
 }
 
@@ -63,19 +63,19 @@ Html propertyRows(const InstanceChange& change) {
   Html rows;
   for (const PropertyChange& property : change.properties) {
     const Html what =
-        nameText(*change.after) + " "_html + element("span class=\"name\"", asText(property.name));
+        nameText(*change.after) + " "_html + element(R"(span class="name")", asText(property.name));
     rows += row(what, valueText(*change.before, property.name, property.before),
                 valueText(*change.after, property.name, property.after));
   }
   return rows;
 }
 
-Html gone() { return element("span class=\"change\"", "\u2212 gone"_html); }
-Html newHere() { return element("span class=\"change\"", "+ new"_html); }
+Html gone() { return element(R"(span class="change")", "\u2212 gone"_html); }
+Html newHere() { return element(R"(span class="change")", "+ new"_html); }
 
 // An entity of a class that one of the files does not have.
 Html stateText(const ClassState* state, bool tellsStates) {
-  if (state == nullptr) return element("span class=\"what\"", "not asked for"_html);
+  if (state == nullptr) return element(R"(span class="what")", "not asked for"_html);
   return badge(shownFilling(state->state, tellsStates)) + " "_html + asText(state->reason);
 }
 
@@ -88,7 +88,7 @@ Html stateRow(const ClassComparison& entry, const Findings& before, const Findin
 
 Html movedRow(const InstanceChange& change) {
   const Html what =
-      unitText(*change.after) + element("span class=\"name change\"", "\u2192 moved"_html);
+      unitText(*change.after) + element(R"(span class="name change")", "\u2192 moved"_html);
   return row(what, nameText(*change.before), nameText(*change.after)) + propertyRows(change);
 }
 
@@ -110,14 +110,14 @@ Html classBody(const ClassComparison& entry, const Findings& before, const Findi
   if (rows.isEmpty()) return rows;
   const Html head =
       element(R"(th scope="rowgroup" colspan="3")", asText(classTitle(entry.className)));
-  return element("tbody", element("tr class=\"group\"", head) + rows);
+  return element("tbody", element(R"(tr class="group")", head) + rows);
 }
 
 Html columnHead(const Html& when, const ToldMachine& machine) {
   const std::string& name = machine.findings.context.machineName;
-  return element("th scope=\"col\"",
+  return element(R"(th scope="col")",
                  when + element("bdi", asText(name, kLongestName)) +
-                     element("span class=\"name\"", asText(machine.file, kLongestName)));
+                     element(R"(span class="name")", asText(machine.file, kLongestName)));
 }
 
 Html changeTable(const ToldMachine& before, const ToldMachine& after) {
@@ -130,13 +130,13 @@ Html changeTable(const ToldMachine& before, const ToldMachine& after) {
   const Html head = element("thead", element("tr", R"(<th scope="col">What</th>)"_html +
                                                        columnHead("Before: "_html, before) +
                                                        columnHead("After: "_html, after)));
-  return element("table class=\"changes\"", head + bodies);
+  return element(R"(table class="changes")", head + bodies);
 }
 
 }  // namespace
 
 Html changesSection(const ToldMachine& before, const ToldMachine& after) {
-  return element("section aria-labelledby=\"changes\"",
+  return element(R"(section aria-labelledby="changes")",
                  R"(<h2 id="changes">What changed</h2>)"_html + changeTable(before, after)) +
          "\n"_html;
 }

@@ -73,13 +73,13 @@ Html levelLine(const ElementLevels& own, const Level& level, const Known& known,
   Html line = known.isOdd(own, level) ? oddMark() : Html();
   line += element("bdi", asText(levelText(level), kLongestName));
   const std::string nodes = isOne ? "" : nodesText(level);
-  if (!nodes.empty()) line += element("span class=\"name\"", asText(nodes));
-  return element("span class=\"line\"", line);
+  if (!nodes.empty()) line += element(R"(span class="name")", asText(nodes));
+  return element(R"(span class="line")", line);
 }
 
 Html machineName(const MatrixRow& row) {
   return linkTo(row.anchor, element("bdi", asText(row.name, kLongestName))) + " "_html +
-         element("span class=\"name\"", asText(row.file, kLongestName));
+         element(R"(span class="name")", asText(row.file, kLongestName));
 }
 
 std::string elementName(const ElementLevels& own) {
@@ -94,7 +94,7 @@ using Elements = std::vector<ElementLevels>;
 Html elementLines(const ElementLevels& own, const Known& known, bool isAlone) {
   Html lines = isAlone || own.name.empty()
                    ? Html()
-                   : element("span class=\"name\"", asText(own.name, kLongestName));
+                   : element(R"(span class="name")", asText(own.name, kLongestName));
   for (const Level& level : own.levels) {
     lines += levelLine(own, level, known, own.levels.size() == 1);
   }
@@ -105,7 +105,7 @@ Html elementLines(const ElementLevels& own, const Known& known, bool isAlone) {
 Html emptyCell(const MatrixRow& row, const std::string& className) {
   const auto end = std::ranges::find(row.classes, className,
                                      [](const ClassEnd& one) { return one.state.className; });
-  if (end == row.classes.end()) return element("span class=\"what\"", "not asked for"_html);
+  if (end == row.classes.end()) return element(R"(span class="what")", "not asked for"_html);
   return badge(shownFilling(end->state.state, row.tellsStates));
 }
 
@@ -160,7 +160,7 @@ Columns columnsOf(const std::vector<MatrixRow>& rows) {
 }
 
 Html matrixRow(const MatrixRow& row, const Columns& columns, const Known& known) {
-  Html cells = element("th scope=\"row\"", machineName(row));
+  Html cells = element(R"(th scope="row")", machineName(row));
   for (const std::string& name : columns) {
     cells += element("td", hasClass(row.elements, name) ? levelCell(row.elements, name, known)
                                                         : emptyCell(row, name));
@@ -191,11 +191,11 @@ Html matrixBodies(const std::vector<MatrixRow>& rows, const Columns& columns, co
 Html matrixTable(const std::vector<MatrixRow>& rows, const Columns& columns, const Known& known) {
   Html heads = R"(<th scope="col">Machine</th>)"_html;
   for (const std::string& name : columns) {
-    heads += element("th scope=\"col\"", asText(classTitle(name), kLongestName));
+    heads += element(R"(th scope="col")", asText(classTitle(name), kLongestName));
   }
   return element(R"(div class="wide" role="region" tabindex="0" aria-labelledby="levels")",
-                 element("table class=\"matrix\"", element("thead", element("tr", heads)) +
-                                                       matrixBodies(rows, columns, known)));
+                 element(R"(table class="matrix")", element("thead", element("tr", heads)) +
+                                                        matrixBodies(rows, columns, known)));
 }
 
 Html oddLines(const MatrixRow& row, const Known& known) {
@@ -213,7 +213,7 @@ Html oddList(const std::vector<MatrixRow>& rows, const Known& known) {
   Html lines;
   for (const MatrixRow& row : rows) lines += oddLines(row, known);
   if (lines.isEmpty()) return "<p>No machine has another level than most of its model.</p>"_html;
-  return element("ul class=\"notes\"", lines);
+  return element(R"(ul class="notes")", lines);
 }
 
 }  // namespace
@@ -231,9 +231,9 @@ Html LevelMatrix::section() const {
   if (columns.empty()) return {};
   const LevelSummary summary = counter_.summary();
   const Known known(summary);
-  return element("section aria-labelledby=\"levels\"", R"(<h2 id="levels">Levels</h2>)"_html +
-                                                           oddList(rows_, known) +
-                                                           matrixTable(rows_, columns, known)) +
+  return element(R"(section aria-labelledby="levels")", R"(<h2 id="levels">Levels</h2>)"_html +
+                                                            oddList(rows_, known) +
+                                                            matrixTable(rows_, columns, known)) +
          "\n"_html;
 }
 

@@ -21,7 +21,7 @@ Html propertyList(const std::vector<Fact>& facts) {
 }
 
 Html folded(const Html& summary, const Html& content) {
-  return element("details class=\"more\"", element("summary", summary) + content);
+  return element(R"(details class="more")", element("summary", summary) + content);
 }
 
 // Elements with their levels, a row each.
@@ -29,7 +29,7 @@ Html folded(const Html& summary, const Html& content) {
 Html elementTitle(const Item& item) {
   Html title = asText(item.title, kLongestTitle);
   if (!item.name.empty() && item.name != item.title) {
-    title += element("span class=\"name\"", bdi(item.name, kLongestTitle));
+    title += element(R"(span class="name")", bdi(item.name, kLongestTitle));
   }
   return title;
 }
@@ -37,7 +37,7 @@ Html elementTitle(const Item& item) {
 // The reason of what is partial is told in the machine's head.
 Html levelRow(const Item& item) {
   const Html gap = item.filling == Filling::kFilled ? Html() : badge(item.filling);
-  Html row = element("th scope=\"row\"", elementTitle(item) + gap);
+  Html row = element(R"(th scope="row")", elementTitle(item) + gap);
   for (const std::string* const text : {&item.version, &item.build, &item.date}) {
     row += element("td", bdi(*text, kLongestTitle));
   }
@@ -46,8 +46,8 @@ Html levelRow(const Item& item) {
 
 Html missingRow(const Item& item) {
   const Html why =
-      element("td colspan=\"3\"", badge(item.filling) + " "_html + asText(item.reason));
-  return element("tr class=\"missing\"", element("th scope=\"row\"", elementTitle(item)) + why);
+      element(R"(td colspan="3")", badge(item.filling) + " "_html + asText(item.reason));
+  return element(R"(tr class="missing")", element(R"(th scope="row")", elementTitle(item)) + why);
 }
 
 bool isThere(const Item& item) {
@@ -58,7 +58,7 @@ Html elementProperties(const std::vector<Item>& items) {
   Html lists;
   for (const Item& item : items) {
     if (item.properties.empty()) continue;
-    lists += element("p class=\"of\"", elementTitle(item)) + propertyList(item.properties);
+    lists += element(R"(p class="of")", elementTitle(item)) + propertyList(item.properties);
   }
   return lists.isEmpty() ? lists : folded("All properties"_html, lists);
 }
@@ -73,7 +73,7 @@ Html levelTable(const std::vector<Item>& items) {
   }
   const Html head = R"(<thead><tr><th scope="col">Element</th><th scope="col">Version</th>)"
                     R"(<th scope="col">Build</th><th scope="col">Date</th></tr></thead>)"_html;
-  return element("table class=\"levels\"", head + element("tbody", rows)) +
+  return element(R"(table class="levels")", head + element("tbody", rows)) +
          elementProperties(items);
 }
 
@@ -81,47 +81,47 @@ Html levelTable(const std::vector<Item>& items) {
 
 Html partLine(const Fact& line) {
   const Html name =
-      line.name.empty() ? Html() : element("span class=\"what\"", asText(line.name)) + " "_html;
-  return element("span class=\"line\"", name + bdi(line.value, kLongestLine));
+      line.name.empty() ? Html() : element(R"(span class="what")", asText(line.name)) + " "_html;
+  return element(R"(span class="line")", name + bdi(line.value, kLongestLine));
 }
 
 Html partFace(const Item& part) {
-  Html face = element("span class=\"title\"", bdi(part.title, kLongestTitle));
+  Html face = element(R"(span class="title")", bdi(part.title, kLongestTitle));
   if (part.filling != Filling::kFilled) face += badge(part.filling);
   for (const Fact& line : part.lines) face += partLine(line);
-  if (!part.reason.empty()) face += element("span class=\"line\"", asText(part.reason));
+  if (!part.reason.empty()) face += element(R"(span class="line")", asText(part.reason));
   return face;
 }
 
 // What there is to open can be opened.
 Html partBody(const Item& part, const Html& face) {
-  if (part.properties.empty()) return element("div class=\"face\"", face);
+  if (part.properties.empty()) return element(R"(div class="face")", face);
   return element("details",
-                 element("summary class=\"face\"", face) + propertyList(part.properties));
+                 element(R"(summary class="face")", face) + propertyList(part.properties));
 }
 
 Html partTile(const Item& part) {
   const Html body = partBody(part, partFace(part));
   switch (part.filling) {
     case Filling::kFilled:
-      return element("li class=\"part\"", body);
+      return element(R"(li class="part")", body);
     case Filling::kPartial:
     case Filling::kUntold:
-      return element("li class=\"part is-noted\"", body);
+      return element(R"(li class="part is-noted")", body);
     case Filling::kEmpty:
     case Filling::kAbsent:
     case Filling::kElsewhere:
     case Filling::kUnused:
-      return element("li class=\"part is-hollow\"", body);
+      return element(R"(li class="part is-hollow")", body);
     default:
-      return element("li class=\"part is-troubled\"", body);
+      return element(R"(li class="part is-troubled")", body);
   }
 }
 
 Html partTiles(const std::vector<Item>& parts) {
   Html tiles;
   for (const Item& part : parts) tiles += partTile(part);
-  return element("ul class=\"parts\"", tiles);
+  return element(R"(ul class="parts")", tiles);
 }
 
 // Boxes.
@@ -146,18 +146,18 @@ Html boxContent(const Box& box, bool isOnly) {
   for (const auto& [place, items] : box.items) {
     const Html name = asText(placeName(place));
     const Html head = isOnly ? element("h3", name) : element("h4", name);
-    content += element("div class=\"place\"", head + placeContent(place, items));
+    content += element(R"(div class="place")", head + placeContent(place, items));
   }
-  return element("div class=\"places\"", content);
+  return element(R"(div class="places")", content);
 }
 
 Html boxSection(const Box& box, const Anchor& anchor, bool isOnly) {
-  if (isOnly) return element("div class=\"box\"", boxContent(box, isOnly));
+  if (isOnly) return element(R"(div class="box")", boxContent(box, isOnly));
   Tally tally;
   count(box, tally);
   const Html head =
-      element("h3", anchor, asText(boxName(box))) + element("p class=\"tally\"", tallyText(tally));
-  return element("section class=\"box\"", head + boxContent(box, isOnly));
+      element("h3", anchor, asText(boxName(box))) + element(R"(p class="tally")", tallyText(tally));
+  return element(R"(section class="box")", head + boxContent(box, isOnly));
 }
 
 Html jumpList(const MachineView& machine, const Anchor& anchor) {
@@ -165,7 +165,7 @@ Html jumpList(const MachineView& machine, const Anchor& anchor) {
   for (std::size_t i = 0; i < machine.boxes.size(); ++i) {
     links += element("li", linkTo(anchor.part('b', i + 1), asText(boxName(machine.boxes[i]))));
   }
-  return element("ul class=\"jump\"", links);
+  return element(R"(ul class="jump")", links);
 }
 
 Html boxesOf(const MachineView& machine, const Anchor& anchor) {
@@ -188,14 +188,14 @@ Html partialNotes(const MachineView& machine) {
   Html notes;
   for (const auto& [reason, list] : titles) {
     notes += element("li", badge(Filling::kPartial) + " "_html + asText(reason) + " "_html +
-                               element("span class=\"name\"", asText(list)));
+                               element(R"(span class="name")", asText(list)));
   }
-  return notes.isEmpty() ? notes : element("ul class=\"notes\"", notes);
+  return notes.isEmpty() ? notes : element(R"(ul class="notes")", notes);
 }
 
 Html classRow(const ClassEnd& end, bool tellsStates) {
   const ClassState& state = end.state;
-  return element("tr", element("th scope=\"row\"", asText(state.className)) +
+  return element("tr", element(R"(th scope="row")", asText(state.className)) +
                            element("td", badge(shownFilling(state.state, tellsStates))) +
                            element("td", asText(std::to_string(end.instances))) +
                            element("td", asText(state.collector)) +
@@ -208,7 +208,7 @@ Html classTable(const MachineView& machine) {
   const Html head = R"(<thead><tr><th scope="col">Class</th><th scope="col">State</th>)"
                     R"(<th scope="col">Instances</th><th scope="col">Collector</th>)"
                     R"(<th scope="col">Reason</th></tr></thead>)"_html;
-  const Html table = element("table class=\"classes\"", head + element("tbody", rows));
+  const Html table = element(R"(table class="classes")", head + element("tbody", rows));
   return folded(
       "How each class ended"_html,
       element(R"(div class="wide" role="region" tabindex="0" aria-label="How each class ended")",
@@ -236,14 +236,14 @@ Html machineFacts(const MachineView& machine) {
 
 Html machineSection(const MachineView& machine, const Anchor& anchor) {
   Html content = element("h2", anchor, bdi(machine.name, kLongestTitle)) +
-                 element("p class=\"facts\"", machineFacts(machine)) +
-                 element("p class=\"tally\"", tallyText(tallyOf(machine)));
+                 element(R"(p class="facts")", machineFacts(machine)) +
+                 element(R"(p class="tally")", tallyText(tallyOf(machine)));
   content += partialNotes(machine);
   if (!machine.facts.empty()) {
     content += folded("What the machine says of itself"_html, propertyList(machine.facts));
   }
   content += boxesOf(machine, anchor) + classTable(machine);
-  return element("section class=\"machine\"", content);
+  return element(R"(section class="machine")", content);
 }
 
 }  // namespace velhost

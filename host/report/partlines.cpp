@@ -9,7 +9,6 @@
 namespace velhost {
 namespace {
 
-using NKRXVEL20::TCIMValue;
 using NKRXVEL20::host::PublishedInstance;
 
 struct Line {

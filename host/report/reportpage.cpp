@@ -32,7 +32,7 @@ Html overviewRow(const MachineView& machine, const Anchor& anchor) {
     tally.erase(quiet);
   }
   const Html toLookAt = tallyText(tally);
-  return element("tr", element("th scope=\"row\"", name) + element("td", machineFacts(machine)) +
+  return element("tr", element(R"(th scope="row")", name) + element("td", machineFacts(machine)) +
                            element("td", toLookAt.isEmpty() ? "nothing"_html : toLookAt)) +
          "\n"_html;
 }
@@ -55,9 +55,9 @@ void ReportPage::add(Findings findings, const std::string& file) {
 
 void ReportPage::addUnread(const std::string& file, const std::string& reason) {
   ++unread_;
-  rows_ += element("tr", element("th scope=\"row\"", asText(file, kLongestName)) +
-                             element("td colspan=\"2\"", badge(Filling::kUnreadable) + " "_html +
-                                                             asText(reason, kLongestReason))) +
+  rows_ += element("tr", element(R"(th scope="row")", asText(file, kLongestName)) +
+                             element(R"(td colspan="2")", badge(Filling::kUnreadable) + " "_html +
+                                                              asText(reason, kLongestReason))) +
            "\n"_html;
 }
 
@@ -75,7 +75,7 @@ Html ReportPage::overview() const {
   const Html columns = R"(<thead><tr><th scope="col">Machine</th><th scope="col">What it is</th>)"
                        R"(<th scope="col">To look at</th></tr></thead>)"_html;
   return R"(<nav aria-labelledby="machines"><h2 id="machines">Machines</h2>)"_html +
-         element("table class=\"overview\"", columns + element("tbody", rows_)) + "</nav>\n"_html;
+         element(R"(table class="overview")", columns + element("tbody", rows_)) + "</nav>\n"_html;
 }
 
 Html ReportPage::levels() const { return count_ > 1 ? matrix_.section() : Html(); }
