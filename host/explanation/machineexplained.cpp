@@ -118,7 +118,7 @@ bool isPrintable(ByteView bytes) {
 }
 
 // What a rule was given: a text, a few bytes, or those of the rows above.
-std::string rawInWords(const Place& place) {
+std::string rawInWords(const NamedBytes& place) {
   constexpr std::size_t kFew = 8;
   ByteView bytes = place.bytes;
   while (!bytes.empty() && bytes.back() == 0) bytes = bytes.first(bytes.size() - 1);
@@ -129,7 +129,7 @@ std::string rawInWords(const Place& place) {
 }
 
 // How the bytes became the value; empty for a text that stands as it is.
-std::string ruleText(const Origin& origin, const Place& place, Fit fit) {
+std::string ruleText(const Origin& origin, const NamedBytes& place, Fit fit) {
   const std::string rule = ruleInWords(origin.rule);
   if (origin.text == kWhatWasWrong) return "what its collector found wrong there";
   if (fit == Fit::kOpen) return "by a rule that is not worked out again here: " + rule;
@@ -138,7 +138,7 @@ std::string ruleText(const Origin& origin, const Place& place, Fit fit) {
   return rawInWords(place) + " becomes " + inQuotes(given) + ": " + rule;
 }
 
-std::string missingText(const Place& place) {
+std::string missingText(const NamedBytes& place) {
   if (place.missing == 0) return "";
   return "; the last " + std::to_string(place.missing) + " bytes are not there and count as zero";
 }

@@ -11,7 +11,7 @@
 namespace velhost {
 namespace {
 
-using Found = std::optional<Place>;
+using Found = std::optional<NamedBytes>;
 
 constexpr std::size_t kLengthOffset = 1;    // of a structure's formatted area
 constexpr std::size_t kNumberedRead = 100;  // bytes of a string set that "string" looks at
@@ -25,9 +25,9 @@ bool isCommand(const Origin& origin, const Bytes& command) {
 }
 
 // As much as is there; what is not there counts as zero, where the line says how far it goes.
-Place cut(const Bytes& bytes, std::size_t first, std::optional<std::size_t> last) {
+NamedBytes cut(const Bytes& bytes, std::size_t first, std::optional<std::size_t> last) {
   const std::size_t end = last ? *last + 1 : std::max(bytes.size(), first);
-  Place place{first, {}};
+  NamedBytes place{first, {}};
   if (first < bytes.size()) {
     const auto from = bytes.begin() + static_cast<std::ptrdiff_t>(first);
     const auto to = bytes.begin() + static_cast<std::ptrdiff_t>(std::min(end, bytes.size()));
@@ -43,7 +43,7 @@ Place cut(const Bytes& bytes, std::size_t first, std::optional<std::size_t> last
 Found inReply(const Origin& origin, const View& view) {
   const Reply* const reply = replyFor(origin, view);
   if (reply == nullptr) return std::nullopt;
-  Place place = cut(reply->bytes, origin.firstByte, origin.lastByte);
+  NamedBytes place = cut(reply->bytes, origin.firstByte, origin.lastByte);
   const auto told = static_cast<std::size_t>(std::max(reply->length, 0));
   if (!origin.lastByte && place.bytes.size() > told) place.bytes.resize(told);
   return place;
@@ -73,7 +73,7 @@ std::optional<std::size_t> startOfString(std::string_view set, unsigned number) 
   return std::nullopt;
 }
 
-Place numberedString(const Bytes& bytes, unsigned number, bool isWhole) {
+NamedBytes numberedString(const Bytes& bytes, unsigned number, bool isWhole) {
   const std::size_t start = byteAt(bytes, kLengthOffset);
   const std::string all(bytes.begin(), bytes.end());
   std::string_view set = std::string_view(all).substr(std::min(start, all.size()));
@@ -102,7 +102,7 @@ Found inSmbios(const Origin& origin, const View& view) {
   if (!view.string || view.string->structure->type != origin.structureType) return std::nullopt;
   const std::string& text = view.string->text;
   if (text.find(origin.contained) == std::string::npos) return std::nullopt;
-  return Place{view.string->offset, {text.begin(), text.end()}};
+  return NamedBytes{view.string->offset, {text.begin(), text.end()}};
 }
 
 Found inInstance(const Origin& origin, const View& view) {
@@ -110,7 +110,7 @@ Found inInstance(const Origin& origin, const View& view) {
     return std::nullopt;
   }
   const std::string text = valueText(view.instance->properties, origin.propertyName);
-  return Place{0, {text.begin(), text.end()}};
+  return NamedBytes{0, {text.begin(), text.end()}};
 }
 
 Found inRecord(const Origin& origin, const View& view) {
@@ -150,14 +150,14 @@ Found fieldOf(std::string_view name, std::span<const unsigned char> device, cons
   const FruField& field = fields[number - 1];
   const auto bytes = device.subspan(field.offset - 1, field.size + 1);
   const bool isOpen = field.encoding == kByLanguage && !isEnglish(device, area);
-  return Place{field.offset - 1 - area.offset, {bytes.begin(), bytes.end()}, isOpen};
+  return NamedBytes{field.offset - 1 - area.offset, {bytes.begin(), bytes.end()}, isOpen};
 }
 
 // Offsets are those in the area.
 Found inFru(const Origin& origin, const View& view) {
   if (view.fru == nullptr) return std::nullopt;
   const Bytes& device = view.fru->bytes;
-  if (origin.text == kWhatWasWrong) return Place{0, {}, true};
+  if (origin.text == kWhatWasWrong) return NamedBytes{0, {}, true};
   const auto area = areaOf(origin.text, device);
   if (!area) return std::nullopt;
   if (origin.field.starts_with("field ")) return fieldOf(origin.field, device, *area);
@@ -184,7 +184,7 @@ const Reply* replyFor(const Origin& origin, const View& view) {
   return found == view.replies.end() ? nullptr : *found;
 }
 
-std::optional<Place> placeOf(const Origin& origin, const View& view) {
+std::optional<NamedBytes> placeOf(const Origin& origin, const View& view) {
   if (!hasSense(origin)) return std::nullopt;
   switch (origin.source) {
     case Source::kDotCommand:

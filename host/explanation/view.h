@@ -34,7 +34,7 @@ struct View {
 
 // Bytes that a line names, in the reply, structure, record, area or other instance's value that has
 // them. The instance's text stands as bytes too.
-struct Place {
+struct NamedBytes {
   std::size_t offset = 0;  // of the first byte, from 0
   Bytes bytes;
   bool isOpen = false;      // a text whose encoding the bytes alone do not tell
@@ -45,7 +45,7 @@ struct Place {
 inline constexpr std::string_view kWhatWasWrong = "what was wrong";
 
 // nullopt: the view has nothing for the line.
-std::optional<Place> placeOf(const Origin& origin, const View& view);
+std::optional<NamedBytes> placeOf(const Origin& origin, const View& view);
 
 // The reply of the view that is to the line's command; null: none.
 const Reply* replyFor(const Origin& origin, const View& view);

@@ -47,6 +47,18 @@ class Rooms(unittest.TestCase):
                                     f"{path.relative_to(ROOT)} includes from host/{other or '.'}")
         self.assertGreater(arrows, 50)
 
+    def test_a_type_has_its_name_for_itself(self):
+        """All rooms are one namespace: two types of one name are undefined behaviour, and no error."""
+        declared = {}
+        for room in ROOMS:
+            for path in sources(room):
+                if path.suffix == ".h":
+                    text = path.read_text(encoding="utf-8")
+                    for name in re.findall(r"^(?:struct|enum class|class|enum) (\w+)[^;{]*\{", text, re.M):
+                        declared.setdefault(name, []).append(path.name)
+        self.assertGreater(len(declared), 50)
+        self.assertEqual({}, {n: files for n, files in declared.items() if len(files) > 1})
+
     def test_the_page_has_a_line_a_room_from_the_top_down(self):
         page = (ROOT / "docs" / "architecture.md").read_text(encoding="utf-8")
         self.assertEqual(list(reversed(ROOMS)), re.findall(r"^\| `host/(\w+)/` \|", page, re.M))
