@@ -7,6 +7,7 @@
 #include <string_view>
 #include <tuple>
 
+#include "host/comparison/seeninstance.h"
 #include "host/formats/element.h"
 
 namespace velhost {
@@ -16,10 +17,6 @@ using NKRXVEL20::host::PublishedInstance;
 using Serial = std::tuple<std::string, std::string, std::string>;  // class, property, text
 using NodesBySerial = std::map<Serial, std::set<std::uint64_t>>;
 using Votes = std::map<std::uint64_t, std::map<std::uint64_t, std::size_t>>;  // after, before
-
-bool isBlank(std::string_view text) {
-  return text.find_first_not_of(' ') == std::string_view::npos;
-}
 
 void addSerials(const PublishedInstance& instance, std::uint64_t node, NodesBySerial& serials) {
   for (const auto& [name, value] : instance.properties) {

@@ -80,10 +80,6 @@ PublishedInstance withoutNodeNumber(PublishedInstance instance) {
   return instance;
 }
 
-bool isBlank(std::string_view text) {
-  return text.find_first_not_of(' ') == std::string_view::npos;
-}
-
 std::string unitOf(const PublishedInstance& instance, Texts texts) {
   for (const UnitNames& names : kUnitNames) {
     const TCIMValue* const part = valueOf(instance, names.part);
@@ -98,6 +94,10 @@ std::string unitOf(const PublishedInstance& instance, Texts texts) {
 }
 
 }  // namespace
+
+bool isBlank(std::string_view text) {
+  return text.find_first_not_of(' ') == std::string_view::npos;
+}
 
 std::string seenText(const TCIMValue& value, Texts texts) {
   std::string text = value.ToString();

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -32,6 +33,9 @@ std::string keyOnNode(const NKRXVEL20::host::PublishedInstance& instance, std::u
 
 // As it is seen: two that are equal are no difference.
 std::string seenText(const NKRXVEL20::TCIMValue& value, Texts texts);
+
+// Says nothing: empty, or blanks alone.
+bool isBlank(std::string_view text);
 
 // Whether the property tells where a component is and not what it is: a key, or made of the numbers
 // of nodes, slots and structures, as the schema says.

@@ -23,11 +23,14 @@ bool mayRead(const std::filesystem::path& file) {
   return ::faccessat(AT_FDCWD, whole.c_str(), R_OK, AT_EACCESS) == 0;
 }
 
-// As the one who is going to read them; the saved user is the way back.
+// As the one who is going to read them, who is not in root's groups either; the saved user and group
+// are the way back.
 bool nobodyMayRead(std::span<const std::filesystem::path> files) {
-  if (::setresuid(kRoot, kNobody, kRoot) != 0) return false;
-  const bool mayReadAll = std::ranges::all_of(files, mayRead);
-  return ::setresuid(kRoot, kRoot, kRoot) == 0 && mayReadAll;
+  const bool isNobody = ::setgroups(0, nullptr) == 0 && ::setresgid(kRoot, kNogroup, kRoot) == 0 &&
+                        ::setresuid(kRoot, kNobody, kRoot) == 0;
+  const bool mayReadAll = isNobody && std::ranges::all_of(files, mayRead);
+  return ::setresuid(kRoot, kRoot, kRoot) == 0 && ::setresgid(kRoot, kRoot, kRoot) == 0 &&
+         mayReadAll;
 }
 
 }  // namespace
@@ -36,7 +39,7 @@ uid_t startedAs() noexcept { return kStartedAs; }
 
 bool giveUpRoot(std::span<const std::filesystem::path> readLater) {
   if (::geteuid() != kRoot || !nobodyMayRead(readLater)) return false;
-  return ::setgroups(0, nullptr) == 0 && ::setresgid(kNogroup, kNogroup, kNogroup) == 0 &&
+  return ::setresgid(kNogroup, kNogroup, kNogroup) == 0 &&
          ::setresuid(kNobody, kNobody, kNobody) == 0 &&
          ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0;  // NOLINT(*-vararg): it has no other form
 }

@@ -62,6 +62,14 @@ class Rights(unittest.TestCase):
             told = self.told(plugin=plugin, cwd=folder)
             self.assertTrue(told.startswith(f"log[1]: {ROOT}"), (plugin, told))
 
+    def test_roots_group_is_not_nobodys(self):
+        ours = self.folder / "ours"
+        ours.mkdir(exist_ok=True)
+        ours.chmod(0o750)
+        shutil.copy(self.plugin, ours)
+        told = self.told(plugin=ours / self.plugin.name)
+        self.assertTrue(told.startswith(f"log[1]: {ROOT}"), told)
+
     def test_another_user_stays_who_it_is(self):
         told = self.told(user=1234, group=1235, extra_groups=[])
         self.assertEqual("log[1]: user 1234, group 1235, 0 other groups, back nowhere", told)
