@@ -140,10 +140,12 @@ def runtime_names(file):
 
 def left_to_the_platform(file):
     """The undefined names that neither the compiler nor the system brings. A weak one of the
-    compiler's own (__gmon_start__) may be brought by nobody."""
+    compiler's own (__gmon_start__) may be brought by nobody, and those of clang's sanitizers stand
+    in the program."""
     known = set(runtime_names(file))
     return demangled([name for kind, name in symbols(file, "--undefined-only")
-                      if name not in known and not (kind == "w" and not name.startswith("_Z"))])
+                      if name not in known and not (kind == "w" and not name.startswith("_Z"))
+                      and not name.startswith(("__asan_", "__ubsan_"))])
 
 
 def compiled_in(file):

@@ -9,7 +9,8 @@ test_packages=(libgtest-dev libgmock-dev pkgconf python3 python3-jsonschema
   python3-prometheus-client python3-html5lib dmidecode valgrind jq man-db mandoc)
 browser_packages=(chromium-headless-shell poppler-utils)
 vm_packages=(qemu-system-x86 busybox-static openipmi libopenipmi-dev ipmitool)
-check_packages=(clang clang-format clang-tidy)
+sanitizer_packages=(clang libclang-rt-dev)
+check_packages=(clang-format clang-tidy)
 
 # install_missing PACKAGE...: installs those that are not there, and says so before it does. Returns
 # 1 with one line on standard error when that cannot be done. Nothing goes to standard output.
