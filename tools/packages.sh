@@ -2,7 +2,7 @@
 # shellcheck shell=bash
 #
 # The Debian packages that the project uses, by what needs them, and the way they are installed.
-# Sourced by ./run, ./test and .ci/check.
+# Sourced by ./run, ./test, .ci/check and tests/coverage/coverage.
 
 build_packages=(g++ cmake ninja-build libboost-dev nlohmann-json3-dev libcli11-dev libudev-dev)
 test_packages=(libgtest-dev libgmock-dev pkgconf python3 python3-jsonschema
@@ -11,6 +11,7 @@ browser_packages=(chromium-headless-shell poppler-utils)
 vm_packages=(qemu-system-x86 busybox-static openipmi libopenipmi-dev ipmitool)
 sanitizer_packages=(clang libclang-rt-dev)
 check_packages=(clang-format clang-tidy)
+coverage_packages=(clang-19 libclang-rt-19-dev llvm-19)
 
 # install_missing PACKAGE...: installs those that are not there, and says so before it does. Returns
 # 1 with one line on standard error when that cannot be done. Nothing goes to standard output.
