@@ -22,9 +22,9 @@ enum CharacterClass : unsigned char {
   kPlain = 1U << 6U,  // stands in a string as it is
 };
 
-constexpr bool isControl(char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; }
+consteval bool isControl(char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; }
 
-constexpr unsigned char classesOf(char c) {
+consteval unsigned char classesOf(char c) {
   const bool isStart = isUpperCase(c) || isLowerCase(c) || c == '_';
   unsigned classes = 0;
   if (c == ' ' || (c >= '\t' && c <= '\r')) classes |= kBlank;
@@ -38,13 +38,15 @@ constexpr unsigned char classesOf(char c) {
 }
 
 // A table, as every byte of a schema is looked up at each start of a program.
-inline constexpr auto kClasses = [] {
+consteval std::array<unsigned char, 256> classTable() {
   std::array<unsigned char, 256> table{};
   for (unsigned c = 0; c < table.size(); ++c) {
     table[c] = classesOf(static_cast<char>(static_cast<unsigned char>(c)));
   }
   return table;
-}();
+}
+
+inline constexpr auto kClasses = classTable();
 
 constexpr bool is(char c, unsigned classes) {
   return (kClasses[static_cast<unsigned char>(c)] & classes) != 0;
