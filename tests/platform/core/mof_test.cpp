@@ -81,8 +81,8 @@ TEST(Mof, IsReadInWhateverFormItIsWritten) {
       {"a text in pieces",
        "[Description(\"one \" \"two\" /* and */ \"\"\n\" three\")] class A_B {};",
        "A_B d=one two three p= inherited=0\n"},
-      {"escapes", R"([Description("q\" b\\ t\t s\' \x41 \x20AC4 \xe9g")] class A_B {};)",
-       "A_B d=q\" b\\ t\t s' A \xE2\x82\xAC"
+      {"escapes", R"([Description("q\" b\\ t\t s\' \x41 \X42 \x20AC4 \xe9g")] class A_B {};)",
+       "A_B d=q\" b\\ t\t s' A B \xE2\x82\xAC"
        "4 \xC3\xA9g p= inherited=0\n"},
       {"what looks like a comment in a text", "[Description(\"/* // */\")] class A_B {};",
        "A_B d=/* // */ p= inherited=0\n"},
@@ -197,7 +197,7 @@ const std::string kNasty = kQualifiers + R"(
   [Abstract(false), Provider(""), Flags {}]
   class A_1 : _A { [Override("_"), Description("|" "]};" "[{(")] string _; boolean __; };
   class A_2 : A_1 { [Override("__"), ValueMap { "", "\t" }, Values { "a,b", "\r\n" }] boolean __;
-    [Mine { -1, +1 }, MappingStrings { "" }, MaxLen(0)] string x9; };
+    [Mine { -1, +1 }, MappingStrings { "" }, MaxLen(0), Description("TRUE")] string x9; };
 )";
 
 void expectSameAfterPrinting(const Schema& schema, const char* what) {
@@ -212,6 +212,11 @@ TEST(Mof, WhatIsPrintedReadsAsTheSame) {
   expectSameAfterPrinting(*currentSchema(), "the whole schema");
   expectSameAfterPrinting(*parse(kNasty), "a nasty one");
   expectSameAfterPrinting(*parse(""), "an empty one");
+}
+
+TEST(Mof, ClassesWithoutQualifiersBeginTheText) {
+  EXPECT_EQ("class A_B {\n};\n\nclass A_C {\n  string s;\n};\n",
+            mofText(*parse("class A_B {}; class A_C { string s; };")));
 }
 
 TEST(Mof, ClassesArePrintedWithWhatTheyNeed) {

@@ -91,6 +91,9 @@ TEST(MofRefused, WhatIsNotTakenIsNamed) {
 TEST(MofRefused, WhatIsNoMofHasItsPlace) {
   expectErrors({
       {"klass A_B {};", "2:1: a class or a qualifier declaration is expected, not \"klass\""},
+      {"classy A_B {};", "2:1: a class or a qualifier declaration is expected, not \"classy\""},
+      {"instances A_B {};",
+       "2:1: a class or a qualifier declaration is expected, not \"instances\""},
       {"\"text\"", "2:1: a class or a qualifier declaration is expected, not a string"},
       {"7", "2:1: a class or a qualifier declaration is expected, not \"7\""},
       {"[Description(\"x\")]",
@@ -124,6 +127,7 @@ TEST(MofRefused, WhatIsNoMofHasItsPlace) {
       {"class A_B { string s? };", "2:21: unexpected '?'"},
       {"class A_B { / };", "2:13: unexpected '/'"},
       {"class \x01", "2:7: unexpected character; only strings and comments may have it"},
+      {"class \x7F", "2:7: unexpected character; only strings and comments may have it"},
       {"class M\xC3\xBCller {};",
        "2:8: unexpected character; only strings and comments may have it"},
       {"/* \xC3\xBC */ ?", "2:9: unexpected '?'"},
@@ -136,6 +140,7 @@ TEST(MofRefused, TextsAndNumbersThatAreNone) {
   expectErrors({
       {"[Description(\"no end)] class A_B {};", "2:14: the string does not end on its line"},
       {"[Description(\"no end\n\")] class A_B {};", "2:14: the string does not end on its line"},
+      {"[Description(\"no end\r\n\")] class A_B {};", "2:14: the string does not end on its line"},
       {"[Description(\"a\" \"no end", "2:18: the string does not end on its line"},
       {"[Description(\"\\", "2:15: no such escape in a string"},
       {"[Description(\"a\\q\")] class A_B {};", "2:16: no such escape in a string"},
@@ -185,6 +190,13 @@ TEST(MofRefused, WhatContradictsItself) {
        "2:59: has 2 Values for 1 of ValueMap"},
       {"class A_B { [MaxLen(3)] uint8 u; };", "2:31: is no string, so it has no MaxLen"},
   });
+}
+
+TEST(MofRefused, AListThatIsDeclaredAsOneValue) {
+  for (const std::string name : {"MappingStrings", "ValueMap", "Values"}) {
+    EXPECT_EQ("t.mof:2:3: " + name + " is of type string[]",
+              errorOf({{"t.mof", "Qualifier " + name + " :\n  string, Scope(property);"}}));
+  }
 }
 
 TEST(MofRefused, WhatContradictsTheSuperclass) {

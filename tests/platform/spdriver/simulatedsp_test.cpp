@@ -277,6 +277,12 @@ TEST(SimulatedSP, DotRepliesComeInTurn) {
   EXPECT_EQ(sendDot(*sp, {2}), kFailed) << "for ever after";
 }
 
+TEST(SimulatedSP, AnEntryWithoutRepliesFails) {
+  const auto sp = makeSimulatedSP(dotMachine({{0, {1}, std::nullopt, {}}}));
+  EXPECT_EQ(sendDot(*sp, {1}), kFailed);
+  EXPECT_EQ(sendDot(*sp, {1}), kFailed);
+}
+
 TEST(SimulatedSP, DotRepliesAreCutToTheBuffer) {
   constexpr auto kMost = std::numeric_limits<std::int32_t>::max();
   constexpr auto kLeast = std::numeric_limits<std::int32_t>::min();

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <limits>
 
+#include "tests/support/scriptedclock.h"
+
 namespace NKRXVEL20::host {
 namespace {
 
@@ -197,6 +199,17 @@ TEST(TrafficRecorder, CountsNoMoreCommandsThanItKeeps) {
   sendDot(recorder, 0, {4}, {});
   EXPECT_EQ(recorder.use().commands.size(), kMostTallies);
   EXPECT_EQ(recorder.use().commands.front().sent, 2U);
+}
+
+TEST(TrafficRecorder, CountsNoMoreOfThoseThatCameTooLateEither) {
+  ScriptedClock clock;
+  const LimitGuard limit(clock.now(), clock);
+  TrafficRecorder recorder = recorderOf(SPKind::kDotCommand, {kFails});
+  for (int sp = 0; sp < static_cast<int>(kMostTallies) + 3; ++sp) sendDot(recorder, sp, {4}, {});
+  sendDot(recorder, 0, {4}, {});
+  EXPECT_EQ(recorder.use().commands.size(), kMostTallies);
+  EXPECT_EQ(recorder.use().commands.front().unsent, 2U);
+  EXPECT_TRUE(recorder.use().isCutOff);
 }
 
 TEST(TrafficRecorder, KeepsTheFactsThatWereAskedFor) {
