@@ -14,31 +14,17 @@ or a list is wrong.
 """
 import argparse
 import contextlib
-import os
 import pathlib
-import shutil
-import subprocess
 import sys
 import tomllib
 
-ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
-WORK = ROOT / "build-changes"
-TREE = WORK / "tree"
-BUILD = WORK / "build"
+from changedtree import ROOT, ChangedTree, Trouble
+
 OWN = {folder: f"firmware_{folder}_tests"
        for folder in ("plugin", "spcommand", "smbios", "vpd", "peripheral")}
 OWN["collectors"] = "collectorsupport_tests"
 TARGETS = [*OWN.values(), "smbioswalk_tests", "spdrivercalls_tests", "usbtapetext_tests",
            "sharedobject_tests", "spyplatform_tests", "tinyhost_tests"]
-LONGEST_RUN = 60  # seconds; a change may make a program run without end
-
-
-class Trouble(Exception):
-    """The changes cannot be tried: what() is for people."""
-
-
-def run(command, **options):
-    return subprocess.run(command, capture_output=True, text=True, check=False, **options)
 
 
 def read_changes(files, text):
@@ -51,90 +37,36 @@ def read_changes(files, text):
     return changes
 
 
-def copy_tree():
-    """The tracked files as they stand, newer ones only, so that a build goes on where it was."""
-    listed = run(["git", "ls-files", "-z", "--cached", "--others", "--exclude-standard"], cwd=ROOT)
-    TREE.mkdir(parents=True, exist_ok=True)
-    names = [name for name in listed.stdout.split("\0") if name and (ROOT / name).exists()]
-    for name in names:
-        source, target = ROOT / name, TREE / name
-        if target.exists() and target.read_bytes() == source.read_bytes():
-            continue
-        target.parent.mkdir(parents=True, exist_ok=True)
-        shutil.copy(source, target)
-    for old in [p for p in TREE.rglob("*") if p.is_file()]:
-        if not (ROOT / old.relative_to(TREE)).exists():
-            old.unlink()
-
-
-def configure():
-    result = run(["cmake", "-S", TREE, "-B", BUILD, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
-                  "-DBUILD_TESTING=ON"])
-    if result.returncode != 0:
-        raise Trouble(f"cmake: {result.stderr}")
-
-
-def build(*targets):
-    """None, or what the compiler said."""
-    result = run(["ninja", "-C", BUILD, *targets])
-    return None if result.returncode == 0 else result.stdout
-
-
-def failures_of(program):
-    """The first test of a program that fails; the program itself when it ends otherwise."""
-    try:
-        result = run([BUILD / "tests" / program, "--gtest_brief=1", "--gtest_fail_fast"],
-                     timeout=LONGEST_RUN)
-    except subprocess.TimeoutExpired:
-        return [f"{program} (does not end)"]
-    if result.returncode == 0:
-        return []
-    named = [line.split("]")[1].split("(")[0].split(",")[0].strip()
-             for line in result.stdout.splitlines() if line.startswith("[  FAILED  ]")]
-    return list(dict.fromkeys(name for name in named if "." in name)) or [f"{program} (crashes)"]
-
-
-def edit(place, name):
-    """Makes one edit of a change and returns how to take it back."""
-    path = TREE / place["file"]
-    text = path.read_text()
-    count = text.count(place["old"])
-    if count != 1:
-        raise Trouble(f'{name}: {place["file"]} has the old text {count} times')
-    path.write_text(text.replace(place["old"], place["new"]))
-    return lambda: path.write_text(text)
-
-
 @contextlib.contextmanager
-def applied(change):
-    with contextlib.ExitStack() as undo:
+def applied(tree, change):
+    with contextlib.ExitStack() as edits:
         for place in [change, *change.get("more", [])]:
-            undo.callback(edit(place, change["name"]))
+            text = (tree.tree / place["file"]).read_text()
+            count = text.count(place["old"])
+            if count != 1:
+                raise Trouble(f'{change["name"]}: {place["file"]} has the old text {count} times')
+            edits.enter_context(
+                tree.replaced(place["file"], text.replace(place["old"], place["new"])))
         yield
 
 
-def first_error(compiler_output):
-    errors = [line for line in compiler_output.splitlines() if " error: " in line or "ld:" in line]
-    return (errors or ["no error line"])[0].replace(str(TREE) + "/", "")
-
-
-def seen_by(change):
+def seen_by(tree, change):
     """Up to the first program with a witness; the one of the changed folder is asked first."""
     own = OWN.get(change["file"].split("/")[0])
-    with applied(change):
+    with applied(tree, change):
         for program in sorted(TARGETS, key=lambda target: target != own):
-            complaint = build(program)
+            complaint = tree.build(program)
             if complaint:
-                return [f"the compiler: {first_error(complaint)}"]
-            if failing := failures_of(program):
+                return [f"the compiler: {tree.first_error(complaint)}"]
+            if failing := tree.failures_of(program):
                 return failing
     return []
 
 
-def try_all(changes):
+def try_all(tree, changes):
     unseen = []
     for change in changes:
-        witnesses = seen_by(change)
+        witnesses = seen_by(tree, change)
         print(f'{change["name"]}: {", ".join(witnesses[:3]) or "NOT SEEN"}', flush=True)
         if not witnesses:
             unseen.append(change["name"])
@@ -153,14 +85,14 @@ def main():
     if arguments.list:
         print("\n".join(change["name"] for change in changes))
         return 0
-    os.environ.setdefault("CCACHE_BASEDIR", str(TREE))
-    copy_tree()
-    configure()
-    complaint = build(*TARGETS)
-    failing = [complaint] if complaint else [t for program in TARGETS for t in failures_of(program)]
+    tree = ChangedTree(ROOT / "build-changes")
+    tree.copy()
+    tree.configure("-DSPFW_WERROR=OFF")
+    complaint = tree.build(*TARGETS)
+    failing = [complaint] if complaint else [t for p in TARGETS for t in tree.failures_of(p)]
     if failing:
         raise Trouble("the tests fail without any change: " + ", ".join(failing))
-    return try_all(changes)
+    return try_all(tree, changes)
 
 
 if __name__ == "__main__":
