@@ -14,7 +14,8 @@ import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 SHORTEST_LIMIT = 60  # seconds; a change may make a program run without end,
-LIMITS = ["prlimit", "--data=4294967296", "--fsize=268435456"]  # or take memory without end
+LIMITS = ["prlimit", "--data=4294967296", "--fsize=268435456",  # or take memory without end;
+          "env", "--default-signal"]  # nohup has the tests ignore SIGHUP
 
 
 class Trouble(Exception):
@@ -86,10 +87,12 @@ class ChangedTree:
         return {test["name"]: test["command"] for test in json.loads(shown.stdout)["tests"]
                 if "command" in test}
 
-    def failures_of(self, program):
-        """The first test of a program of GoogleTest's that fails; the program itself when it ends otherwise."""
+    def failures_of(self, program, *suites):
+        """The first test of a program of GoogleTest's that fails, of these suites or of all; the program
+        itself when it ends otherwise."""
+        chosen = [f"--gtest_filter={':'.join(f'{suite}.*' for suite in suites)}"] if suites else []
         outcome = run_limited(
-            [self.binaries / "tests" / program, "--gtest_brief=1", "--gtest_fail_fast"],
+            [self.binaries / "tests" / program, "--gtest_brief=1", "--gtest_fail_fast", *chosen],
             self.limits.get(program, SHORTEST_LIMIT), cwd=self.binaries)
         if outcome.status is None:
             return [f"{program} (does not end)"]

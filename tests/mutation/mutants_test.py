@@ -138,6 +138,10 @@ class List(unittest.TestCase):
 
 
 class Order(unittest.TestCase):
+    def test_the_suites_of_a_test_file(self):
+        self.assertEqual(["A", "B", "C"],
+                         mutate.suites_in("TEST(B, X) {\nTEST_F(A, Y)\nTEST(B, Z)\n  TEST(D, W)\nTEST_P(C, V)"))
+
     def test_the_nearest_tests_are_asked_first_then_the_shortest(self):
         tester = mutate.Tester(0)
         tester.tree.limits = {"host_test": 9, "report": 8, "explain": 3, "velhost_test": 1}

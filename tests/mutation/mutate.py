@@ -23,6 +23,7 @@ import itertools
 import json
 import pathlib
 import random
+import re
 import sys
 import threading
 import time
@@ -160,6 +161,11 @@ def including_units(tree):
     return counts
 
 
+def suites_in(text):
+    """The suites of GoogleTest's in a test file."""
+    return sorted(set(re.findall(r"^TEST(?:_[FP])?\((\w+),", text, re.MULTILINE)))
+
+
 class Tester:
     """Builds and runs tests of a changed tree."""
 
@@ -192,6 +198,12 @@ class Tester:
         outcome = run_limited(self.commands[test], self.tree.limits[test], cwd=self.tree.binaries)
         return [] if outcome.status == 0 else [test]
 
+    def failures_nearby(self, test, file):
+        """Of a program that has a test file for this source, asked for those tests alone."""
+        beside = ROOT / "tests" / pathlib.Path(file).parent / f"{pathlib.Path(file).stem}_test.cpp"
+        suites = suites_in(beside.read_text()) if beside.exists() else []
+        return self.tree.failures_of(test, *suites) if suites else []
+
     def in_order(self, tests, file):
         nearest = next((near for place, near in NEAREST.items() if file.startswith(place + "/")), ())
         others = sorted(set(tests) - set(nearest), key=lambda test: (self.tree.limits[test], test))
@@ -203,7 +215,8 @@ class Tester:
             for test in self.in_order(tests, mutant.file):
                 if self.tree.build(*self.targets_of(test)):
                     return DOES_NOT_COMPILE
-                if failing := self.failures_of(test):
+                nearby = [] if test in self.commands else self.failures_nearby(test, mutant.file)
+                if failing := nearby or self.failures_of(test):
                     return failing[0]
         return ""
 
