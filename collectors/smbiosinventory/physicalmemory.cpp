@@ -50,20 +50,19 @@ constexpr const char* kMemoryTypes[] = {
 };
 static_assert(std::size(kMemoryTypes) == 0x25, "the list ends with 24h, HBM3");
 
+// No structure is decoded that ends before its size.
 Value isPopulated(const Structure& structure, std::size_t offset) {
-  const auto size = structure.number(offset, 2);
-  if (!size) return {};
-  return *size != kNoModule;
+  return structure.number(offset, 2) != kNoModule;
 }
 
 // A structure that ends before the extended size has 7FFFh as a size like any other.
 Value capacity(const Structure& structure, std::size_t offset) {
-  const auto size = structure.number(offset, 2);
-  if (!size || *size == kUnknownSize) return {};
+  const std::uint64_t size = structure.number(offset, 2).value_or(kUnknownSize);
+  if (size == kUnknownSize) return {};
   const auto extended = structure.number(kExtendedSizeOffset, 4);
-  if (*size == kSeeExtendedSize && extended) return (*extended & kWithoutReservedBit) * kMegabyte;
-  if ((*size & kInKilobytes) != 0) return (*size & ~kInKilobytes) * kKilobyte;
-  return *size * kMegabyte;
+  if (size == kSeeExtendedSize && extended) return (*extended & kWithoutReservedBit) * kMegabyte;
+  if ((size & kInKilobytes) != 0) return (size & ~kInKilobytes) * kKilobyte;
+  return size * kMegabyte;
 }
 
 Value formFactor(const Structure& structure, std::size_t offset) {

@@ -54,7 +54,8 @@ static_assert(std::size(kChassisTypes) == 0x24, "the list ends with 24h, Stick P
 // Empty for a type that is unknown or reserved. The highest bit tells of a lock and does not count.
 constexpr std::string_view chassisTypeName(std::uint8_t type) {
   const std::size_t number = type & 0x7FU;
-  return number < 1 || number > std::size(kChassisTypes) ? "" : kChassisTypes[number - 1];
+  if (number < 1 || number > std::size(kChassisTypes)) return {};
+  return kChassisTypes[number - 1];
 }
 
 }  // namespace collector

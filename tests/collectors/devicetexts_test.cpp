@@ -47,6 +47,7 @@ TEST(DeviceTexts, UsbDeviceIdTellsWhatItIsAndWhere) {
       {"behind a hub", {"1-1.4", "1d6b", "0104", "KRX", "cKVM"}, R"(USB\VID_1D6B&PID_0104\1-1.4)"},
       {"root hub", {"usb1", "1d6b", "0002", "", ""}, R"(USB\VID_1D6B&PID_0002\usb1)"},
       {"letters at both ends", {"2-1", "aaff", "zz00", "", ""}, R"(USB\VID_AAFF&PID_ZZ00\2-1)"},
+      {"beside the letters", {"2-1", "`{~a", "z@[Z", "", ""}, R"(USB\VID_`{~A&PID_Z@[Z\2-1)"},
       {"vendor unknown", {"2-1", "", "0104", "", ""}, R"(USB\VID_&PID_0104\2-1)"},
       {"product unknown", {"2-1", "1d6b", "", "", ""}, R"(USB\VID_1D6B&PID_\2-1)"},
   };

@@ -104,6 +104,16 @@ TEST_F(IpmiInventoryTest, WhatIsNotGivenIsNotSet) {
             request({"KRXSG_ManagementController"}));
 }
 
+// It was the last answer: the FRU devices are not asked for.
+TEST_F(IpmiInventoryTest, AControllerThatFallsSilentIsToldWithoutItsGuid) {
+  start({kDeviceId, {"06 08", ""}});
+  EXPECT_EQ(Texts{"KRXSG_ManagementController: Name=BMC DeviceID=32 DeviceRevision=1"
+                  " FirmwareVersion=2.13 AuxiliaryFirmwareRevision=010A00FF IPMIVersion=2.0"
+                  " ManufacturerID=343 ProductID=4660"},
+            request({"KRXSG_ManagementController", "KRXSG_IPMIFRU"}));
+  EXPECT_EQ(Texts{}, logged);
+}
+
 TEST_F(IpmiInventoryTest, AControllerWithoutARepositoryIsAskedForDevice0Alone) {
   start({{"06 01", "00 20 01 02 13 51 08 00 00 00 00 00"}, {"0A 10 00", "CB"}});
   EXPECT_EQ(Texts{}, request({"KRXSG_IPMIFRU"}));

@@ -72,6 +72,31 @@ TEST(SdrRepository, ARecordThatIsTooMuchIsReadInPieces) {
   }
 }
 
+TEST(SdrRepository, ARecordThatEndsInsideItsHeaderLocatesNothing) {
+  EXPECT_EQ((Lines{"1 PSU 1"}), walk({{whole("00 00"), good("02 00", "01", "")},
+                                      {whole("02 00"), good("FF FF", "02", kFru1)}}));
+}
+
+TEST(SdrRepository, PiecesOfARecordWithoutAHeaderAreNotAskedFor) {
+  const std::vector<Exchange> kFirst{{whole("00 00"), "CA"},
+                                     {"0A 22", "00 34 12"},
+                                     {"0A 23 34 12 00 00 00 05", "00 02 00 01 00 51"}};
+  const struct {
+    const char* what;
+    const char* reply;
+    Lines found;
+  } kCases[] = {
+      {"a header cut short", "00 FF FF 02 00 51 11", {}},
+      {"a refused one", "C1", {"a record cannot be read"}},
+      {"one without an answer", "", {"a record cannot be read"}},
+  };
+  for (const auto& c : kCases) {
+    auto exchanges = kFirst;
+    exchanges.push_back({"0A 23 34 12 02 00 00 05", c.reply});
+    EXPECT_EQ(c.found, walk(exchanges)) << c.what;
+  }
+}
+
 TEST(SdrRepository, PiecesGetSmallerAndStaySo) {
   const std::string record = "0A 23 34 12 00 00 ";
   const std::string second = "0A 23 34 12 02 00 ";

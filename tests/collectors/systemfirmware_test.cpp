@@ -49,6 +49,7 @@ TEST(SystemFirmware, DatesAreThoseOfTheStandard) {
       {"04/31/2020", "nothing"},   {"01/00/2020", "nothing"},     {"01/01/0000", "nothing"},
       {"01/01/0001", "1-1-1"},     {"1/1/2020", "nothing"},       {"01-01-2020", "nothing"},
       {"2020-01-01", "nothing"},   {"01/01/20x0", "nothing"},     {"+1/01/2020", "nothing"},
+      {"01/01-2020", "nothing"},   {"01/x1/2020", "nothing"},     {"x1/01/2020", "nothing"},
       {"01/01/020", "nothing"},    {" 01/01/2020", "nothing"},    {"01/01/2020x", "nothing"},
       {"not known", "nothing"},
   };
