@@ -10,7 +10,8 @@ std::string cutText(RecordBytes record, std::size_t offset, std::size_t length) 
 }
 
 std::string orSpace(std::string text, Empty empty) {
-  return text.empty() && empty == Empty::kSpace ? " " : text;
+  if (text.empty() && empty == Empty::kSpace) return " ";
+  return text;
 }
 
 bool setTextFields(const collector::InstanceHandle& instance, std::span<const TextField> fields,

@@ -154,6 +154,6 @@ TVELStatusCode SPFirmwareVpd::getBIOSstructure(SPLibrary* spLibrary, NamespaceHa
 
 TVELStatusCode SPFirmwareVpd::getPOSTBIOSInfo(SPLibrary* spLibrary, unsigned char* reply,
                                               int spIndex) {
-  const bool answered = sendDotCommand(*spLibrary, kPostBiosPath, reply, spIndex);
-  return {answered ? kStatusSuccess : kStatusFailure};
+  if (!sendDotCommand(*spLibrary, kPostBiosPath, reply, spIndex)) return {kStatusFailure};
+  return {kStatusSuccess};
 }

@@ -125,5 +125,6 @@ TVELStatusCode SPFirmwareVpd::getSPFirmwareVpd(SPLibrary* spLibrary, NamespaceHa
     }
     addRecord(*this, ns, spNames, className, properties);
   }
-  return {parsedVpdRecords.empty() ? kStatusFailure : kStatusSuccess};
+  if (parsedVpdRecords.empty()) return {kStatusFailure};
+  return {kStatusSuccess};
 }

@@ -73,7 +73,10 @@ TEST(TextFieldTest, RowsPastTheRecordAreSeen) {
   constexpr TextField kFields[] = {{"Name", 2, 4, "refused"}};
   static_assert(allWithin(kFields, 6));
   static_assert(!allWithin(kFields, 5));
-  EXPECT_TRUE(allWithin(kFields, 6));
+  const std::vector<TextField> fields = {{"Name", 2, 4, "refused"}, {"Vendor", 0, 7, "refused"}};
+  EXPECT_TRUE(allWithin({}, 0));
+  EXPECT_FALSE(allWithin(fields, 6));
+  EXPECT_TRUE(allWithin(fields, 7));
 }
 
 }  // namespace

@@ -170,6 +170,34 @@ TEST_F(ParseVpdTest, WideNumberYieldsItsFirstByteAndTakesItsWholeWidth) {
   EXPECT_EQ(records.at(0).at("KRXSG_Test").at("Next"), "3");
 }
 
+// Only the level itself is the Version as well, and only of the class that has levels.
+TEST_F(ParseVpdTest, HardwareLevelIsTheVersionOfItsClass) {
+  const struct {
+    const char* what;
+    const char* className;
+    const char* field;
+    bool hasVersion;
+  } cases[] = {
+      {"level", "KRXSG_HardwareRevisionLevel", "Hardwarelevel", true},
+      {"both within longer names", "XKRXSG_HardwareRevisionLevelX", "XHardwarelevelX", true},
+      {"another number of the class", "KRXSG_HardwareRevisionLevel", "Checksum", false},
+      {"level of another class", "KRXSG_Test", "Hardwarelevel", false},
+  };
+  for (const auto& c : cases) {
+    plugin.spCommandTable = {std::string("d|1|9|") + c.className + "|",
+                             std::string("b|1|") + c.field + "|"};
+    SimulatedSP description = dotCommandSP();
+    answer(description, {9}, {7});
+    SPFirmwareVpd::PropertyMap expected = {{"SoftwareElementID", "1"},
+                                           {"SoftwareElementState", ""},
+                                           {"SourceNode", "1"},
+                                           {"TargetOperatingSystem", ""},
+                                           {c.field, "7"}};
+    if (c.hasVersion) expected["Version"] = "7";
+    EXPECT_EQ(parse(description), (Records{{{c.className, expected}}})) << c.what;
+  }
+}
+
 // The offsets are sums: bytes 0 to 3 are read, then 0 to 2 once more and so on.
 TEST_F(ParseVpdTest, NegativeLengthMovesTheOffsetBack) {
   const struct {
