@@ -213,8 +213,8 @@ Verdict sentVerdict(const Tallies& sent, std::span<const Origin> origins,
 bool areNoComponents(std::span<const Origin> origins, const Observations& seen) {
   bool isAsked = false;
   for (const auto& [command, count] : seen.components) {
-    const bool isOne = std::ranges::any_of(origins, [&command = command](const Origin& origin) {
-      return beginsWith(origin.command, command);
+    const bool isOne = std::ranges::any_of(origins, [&asked = command](const Origin& origin) {
+      return beginsWith(origin.command, asked);
     });
     if (isOne && count > 0) return false;
     isAsked = isAsked || isOne;
