@@ -86,7 +86,8 @@ class Pages(unittest.TestCase):
         with tempfile.TemporaryDirectory() as prefix:
             run(CMAKE, f"-DCMAKE_INSTALL_PREFIX={prefix}", "-P", BUILD / "share/cmake_install.cmake")
             files = {str(file.relative_to(prefix)): file.read_text()
-                     for file in pathlib.Path(prefix).rglob("*") if file.is_file()}
+                     for folder in ("man", "bash-completion")
+                     for file in pathlib.Path(prefix, "share", folder).rglob("*") if file.is_file()}
         expected = {"share/man/man1/velhost.1": ROOT / "share/man/velhost.1",
                     "share/man/man5/velhost-formats.5": ROOT / "share/man/velhost-formats.5",
                     "share/bash-completion/completions/velhost": ROOT / "share/bash-completion/velhost"}
