@@ -16,6 +16,8 @@ int run(const CheckCommand& command) {
     try {
       static_cast<void>(readMachineFile(file));
       writeStandardOutput(visible(machineFileName(file)) + ": ok\n");
+    } catch (const JsonSchemaFound&) {
+      writeStandardOutput(visible(machineFileName(file)) + ": a JSON Schema, passed over\n");
     } catch (const MachineFileError& error) {
       complain(error.what());
       status = kBadInput;

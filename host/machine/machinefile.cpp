@@ -139,6 +139,14 @@ MachineFile machineOfDump(std::string_view dump, const std::filesystem::path& fi
   return machine;
 }
 
+// Its "$schema" names the language of schemas; that of a machine file names a schema.
+bool isJsonSchema(const Json& document) {
+  if (!document.is_object() || document.contains("format")) return false;
+  const auto language = document.find("$schema");
+  return language != document.end() && language->is_string() &&
+         language->get_ref<const std::string&>().find("://json-schema.org/") != std::string::npos;
+}
+
 // Looked at first: in a document of another format everything else is likely wrong as well.
 void checkFormat(const Cursor& document) {
   if (!document.has("format")) return;
@@ -159,6 +167,8 @@ bool isDump(std::string_view text) {
 MachineFile machineOfDocument(const Json& document, const std::filesystem::path& file) {
   const Cursor root(document);
   DocumentReading reading{file.parent_path(), {}};
+  if (isJsonSchema(document))
+    throw JsonSchemaFound(file.string() + ": a JSON Schema, no machine file");
   checkFormat(root);
   readMembers(root, kMembers, reading);
   return std::move(reading.machine);

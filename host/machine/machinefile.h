@@ -43,6 +43,12 @@ class MachineFileError : public InputError {
   using InputError::InputError;
 };
 
+// No machine file, and nothing wrong: their JSON Schema may lie among them.
+class JsonSchemaFound : public MachineFileError {
+ public:
+  using MachineFileError::MachineFileError;
+};
+
 // The name that stands for standard input.
 inline constexpr char kStandardInput[] = "-";
 

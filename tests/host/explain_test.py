@@ -90,7 +90,7 @@ class Explain(unittest.TestCase):
 
     def test_steps_are_in_the_words_of_why(self):
         for path in sorted(MACHINES.glob("*.json")):
-            if path.name.endswith((".expected.json", ".schema.json")):
+            if path.name == "machine.schema.json":
                 continue
             outcome = subprocess.run([VELHOST, "query", "KRXSG_Vpd", "--why", "--machine", path],
                                      capture_output=True, check=False, text=True,

@@ -32,8 +32,7 @@ IDENTITIES = ("SerialNumber", "AssetTag", "UUID", "ChassisSerialNumber", "Chassi
 
 
 def machine_files():
-    files = (f for f in sorted(MACHINES.glob("*.json")) if f.name != "machine.schema.json")
-    return [f for f in files if not f.name.endswith(".expected.json")]
+    return sorted(file for file in MACHINES.glob("*.json") if file.name != "machine.schema.json")
 
 
 def velhost(*arguments):

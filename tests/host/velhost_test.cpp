@@ -651,6 +651,21 @@ TEST_F(Velhost, ALiveMachineWithoutTablesSaysWhatToDo) {
       outcome.err);
 }
 
+TEST_F(Velhost, AllMachineFilesOfTheFolderPassTheCheck) {
+  Words words{"check"};
+  std::string expected;
+  for (const auto& entry : fs::directory_iterator(MACHINES)) {
+    if (entry.path().extension() != ".json") continue;
+    words.push_back(entry.path().string());
+    const bool isSchema = entry.path().filename() == "machine.schema.json";
+    expected += words.back() + (isSchema ? ": a JSON Schema, passed over\n" : ": ok\n");
+  }
+  const ProgramOutcome outcome = run(words);
+  EXPECT_EQ(0, outcome.status);
+  EXPECT_EQ(expected, outcome.out);
+  EXPECT_EQ("", outcome.err);
+}
+
 TEST_F(Velhost, CollectorsAreListedWithTheirClasses) {
   const WideScreen wide;  // paths have room in a line
   const ProgramOutcome outcome = run({"collectors"});

@@ -6,8 +6,8 @@ nothing in it was printed by them. Python 3.11, standard library only.
 
 How the documents beside the machine files come about
   machines/NAME.json                    a machine
-  machines/NAME.expected.json           its result document
-  machines/NAME.reinit.expected.json    the one of `--repeat 2 --reinit`, for some machines
+  machines/expected/NAME.json           its result document
+  machines/expected/NAME.reinit.json    the one of `--repeat 2 --reinit`, for some machines
 Written by hand, line by line, before this script was: those listed in HAND_WRITTEN below. They
 check it (derive_expected_test.py). All others come from it:
 
@@ -1363,11 +1363,11 @@ def layout(document):
 
 
 def is_machine_file(path):
-    return not path.name.endswith((".expected.json", ".schema.json"))
+    return path.name != "machine.schema.json"
 
 
 def expected_path(machine, reinit=False):
-    return machine.with_name(f"{machine.stem}{'.reinit' if reinit else ''}.expected.json")
+    return machine.parent / "expected" / f"{machine.stem}{'.reinit' if reinit else ''}.json"
 
 
 def write_anew(path):
@@ -1384,7 +1384,7 @@ def main():
     parser.add_argument("machine", nargs="+", type=pathlib.Path)
     parser.add_argument("--repeat", type=int, default=1)
     parser.add_argument("--reinit", action="store_true")
-    parser.add_argument("--write", action="store_true", help="write the documents beside the files")
+    parser.add_argument("--write", action="store_true", help="write the documents into the folder expected")
     arguments = parser.parse_args()
     for path in arguments.machine:
         if not arguments.write:

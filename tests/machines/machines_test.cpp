@@ -26,16 +26,14 @@ std::ostream& operator<<(std::ostream& out, const MachineCase& c) {
 }
 
 constexpr std::ptrdiff_t kShown = 10;  // differences in a failure
-constexpr char kMachineSuffix[] = ".json";
-constexpr char kExpectedSuffix[] = ".expected.json";
+constexpr char kSuffix[] = ".json";
 
-fs::path fileOf(const std::string& name, const char* suffix) {
-  return fs::path(MACHINES_DIR) / (name + suffix);
+fs::path expectedOf(const MachineCase& c) {
+  return fs::path(MACHINES_DIR) / "expected" / (c.name + c.suffix);
 }
 
 bool isMachineFile(const std::string& file) {
-  return file.ends_with(kMachineSuffix) && !file.ends_with(kExpectedSuffix) &&
-         file != "machine.schema.json";
+  return file.ends_with(kSuffix) && file != "machine.schema.json";
 }
 
 // A result of the plain query is asked of every machine, one of repeated queries where it is there.
@@ -44,9 +42,9 @@ std::vector<MachineCase> allCases() {
   for (const auto& entry : fs::directory_iterator(MACHINES_DIR)) {
     if (!isMachineFile(entry.path().filename().string())) continue;
     const std::string name = entry.path().stem().string();
-    cases.push_back({name, kExpectedSuffix, {}});
-    const MachineCase again{name, ".reinit.expected.json", {"--repeat", "2", "--reinit"}};
-    if (fs::exists(fileOf(again.name, again.suffix))) cases.push_back(again);
+    cases.push_back({name, kSuffix, {}});
+    const MachineCase again{name, ".reinit.json", {"--repeat", "2", "--reinit"}};
+    if (fs::exists(expectedOf(again))) cases.push_back(again);
   }
   std::ranges::sort(cases, {}, [](const MachineCase& c) { return c.name + c.suffix; });
   return cases;
@@ -80,11 +78,12 @@ class MachinesTest : public ::testing::TestWithParam<MachineCase> {};
 
 TEST_P(MachinesTest, GivesItsExpectedResult) {
   const MachineCase& c = GetParam();
-  std::ifstream expectedFile(fileOf(c.name, c.suffix));
+  std::ifstream expectedFile(expectedOf(c));
   ASSERT_TRUE(expectedFile) << "no expected result beside " << c.name;
   const json expected = comparable(ordered_json::parse(expectedFile));
-  std::vector<std::string> arguments = {
-      "query", "--machine", fileOf(c.name, kMachineSuffix).string(), "--format", "trace"};
+  std::vector<std::string> arguments = {"query", "--machine",
+                                        (fs::path(MACHINES_DIR) / (c.name + kSuffix)).string(),
+                                        "--format", "trace"};
   arguments.insert(arguments.end(), c.options.begin(), c.options.end());
   const velhost::ProgramOutcome outcome = velhost::runProgram(VELHOST, {arguments, {}});
   const json actual = comparable(ordered_json::parse(outcome.out));

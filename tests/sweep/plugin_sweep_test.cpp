@@ -32,9 +32,8 @@ std::vector<std::string> machineNames() {
   std::vector<std::string> names;
   for (const auto& entry : fs::directory_iterator(MACHINES_DIR)) {
     const std::string file = entry.path().filename().string();
-    const bool isMachine = file.ends_with(".json") && !file.ends_with(".expected.json") &&
-                           file != "machine.schema.json";
-    if (isMachine) names.push_back(entry.path().stem().string());
+    if (file.ends_with(".json") && file != "machine.schema.json")
+      names.push_back(entry.path().stem().string());
   }
   std::ranges::sort(names);
   return names;

@@ -50,6 +50,21 @@ TEST(MachineFileRefused, Document) {
   expectRefused(cases, "", "");
 }
 
+// A "$schema" that is somewhere else, or no text, or beside a format, makes no JSON Schema.
+TEST(MachineFileRefused, JsonSchemasAreTold) {
+  const RefusedCase cases[] = {
+      {R"({ "$schema": "https://json-schema.org/draft/2020-12/schema", "type": "object" })",
+       "a JSON Schema, no machine file"},
+      {R"({ "$schema": "http://json-schema.org/draft-07/schema#" })",
+       "a JSON Schema, no machine file"},
+      {R"({ "$schema": "json-schema.org" })", "/format: is missing"},
+      {R"({ "$schema": 1 })", "/$schema: must be a text"},
+      {R"({ "$schema": "https://json-schema.org/x", "format": "vel-machine/1" })",
+       "/name: is missing"},
+  };
+  expectRefused(cases, "", "");
+}
+
 TEST(MachineFileRefused, TextThatIsNoJson) {
   EXPECT_EQ(0U, complaintAbout("{\n  \"format\": }").find("folder/m.json:2:13: "));
 }
