@@ -9,13 +9,15 @@ test_packages=(libgtest-dev libgmock-dev pkgconf python3 python3-jsonschema
   python3-prometheus-client python3-html5lib dmidecode valgrind jq man-db mandoc)
 browser_packages=(chromium-headless-shell poppler-utils)
 fleet_packages=(prometheus prometheus-alertmanager prometheus-node-exporter systemd strace)
+packaging_packages=(dpkg-dev debhelper lintian debootstrap)
 vm_packages=(qemu-system-x86 busybox-static openipmi libopenipmi-dev ipmitool)
 sanitizer_packages=(clang libclang-rt-dev)
 check_packages=(clang-format clang-tidy)
 coverage_packages=(clang-19 libclang-rt-19-dev llvm-19)
 
 # install_missing PACKAGE...: installs those that are not there, and says so before it does. Returns
-# 1 with one line on standard error when that cannot be done. Nothing goes to standard output.
+# 1 with one line on standard error when that cannot be done, which who may can run. Nothing goes to
+# standard output.
 install_missing() {
   local package missing=() as_root=()
   for package in "$@"; do
@@ -26,8 +28,8 @@ install_missing() {
 
   if ((EUID != 0)); then
     if ! command -v sudo >/dev/null; then
-      echo "${0##*/}: these packages are missing, and only root (or sudo) can install them:" \
-        "${missing[*]}" >&2
+      echo "${0##*/}: packages are missing; let someone who is root run:" \
+        "apt-get install --no-install-recommends ${missing[*]}" >&2
       return 1
     fi
     as_root=(sudo)
@@ -39,4 +41,12 @@ install_missing() {
     echo "${0##*/}: apt-get could not install: ${missing[*]}" >&2
     return 1
   fi
+}
+
+# own_tree FOLDER: a build folder that came along with a copied or moved checkout still means the
+# old place, so it is made anew.
+own_tree() {
+  local cache=$1/CMakeCache.txt
+  [[ ! -e $cache ]] || grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$(realpath "$(dirname "$1")")" "$cache" ||
+    rm -rf "$1"
 }
