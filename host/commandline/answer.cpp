@@ -21,7 +21,7 @@ CollectionTime Stopwatch::time() const {
 
 void Answer::add(QueryResult result, const CollectionTime& time) {
   if (format_ == Format::kTrace) {
-    if (!trace_) trace_.emplace(context_);
+    if (!trace_) trace_.emplace(context_, replies_);
     trace_->add(result);
   } else {
     last_ = std::move(result);

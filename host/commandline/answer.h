@@ -27,8 +27,8 @@ class Stopwatch {
 class Answer {
  public:
   // The context has to outlive it, and says who was asked when the first result is there.
-  Answer(Format format, const TableOptions& table, const QueryContext& context)
-      : format_(format), table_(table), context_(context) {}
+  Answer(Format format, const TableOptions& table, Replies replies, const QueryContext& context)
+      : format_(format), table_(table), replies_(replies), context_(context) {}
 
   void add(QueryResult result, const CollectionTime& time);
   std::string text() const;
@@ -36,6 +36,7 @@ class Answer {
  private:
   Format format_;
   TableOptions table_;
+  Replies replies_;  // of the trace
   const QueryContext& context_;
   std::optional<ResultDocument> trace_;
   QueryResult last_;

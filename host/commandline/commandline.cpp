@@ -27,7 +27,7 @@ constexpr char kExamplesAndStatuses[] =
     "  velhost query KRXSG_SystemBIOSElement --machine server.json --format json\n"
     "      the BIOS element of a machine that a file describes, for jq\n"
     "  velhost record --redact --output recorded.json\n"
-    "      this machine as a file to be queried elsewhere, without serial numbers\n"
+    "      this machine as a file to be queried elsewhere, serial numbers replaced\n"
     "  velhost summary *.json\n"
     "      which machines have another firmware than most\n"
     "  velhost help query\n"
@@ -286,6 +286,17 @@ void addPlugins(CLI::App& app, std::vector<std::filesystem::path>& plugins) {
       ->allow_extra_args(false);
 }
 
+// What of the answer is shown.
+void addShown(CLI::App& command, QueryCommand& query) {
+  addNumberFor(command, "--node", query.node, std::uint64_t{1},
+               "Show the instances of node N alone; those of no\nparticular node are left out, the "
+               "classes that\nended without instances stay");
+  command.add_flag("--wide", query.wide,
+                   "Show all properties in the table; so does naming\nclasses");
+  command.add_flag("--bytes", query.bytes,
+                   "Give each command of the trace the bytes of its\nreply; with --format trace");
+}
+
 CLI::App* addQuery(CLI::App& app, QueryCommand& query) {
   CLI::App* const command = app.add_subcommand("query", "Query the plug-in");
   command->add_option("CLASS", query.classes, "Classes to ask for; none: all that it serves")
@@ -296,11 +307,7 @@ CLI::App* addQuery(CLI::App& app, QueryCommand& query) {
   addPlugins(*command, query.plugins);
   addFormat(*command, query.format, kQueryFormats);
   addPath(*command, "--output", query.output, "Write the answer to this file");
-  addNumberFor(*command, "--node", query.node, std::uint64_t{1},
-               "Show the instances of node N alone; those of no\nparticular node are left out, the "
-               "classes that\nended without instances stay");
-  command->add_flag("--wide", query.wide,
-                    "Show all properties in the table; so does naming\nclasses");
+  addShown(*command, query);
   addNumber(*command, "--repeat", query.repeat, 1U, "Make N requests");
   addSeconds(*command, "--timeout", query.timeout,
              "Ask SPs and BMCs nothing more when the request\ntook so long; default: 300 on this "
@@ -485,6 +492,13 @@ std::optional<PrintCommand> parse(CLI::App& app, int argc, const char* const* ar
   }
 }
 
+QueryCommand checkedQuery(const QueryCommand& query) {
+  if (query.bytes && query.format != Format::kTrace) {
+    throw InputError("--bytes goes with --format trace; no other format has replies");
+  }
+  return query;
+}
+
 // What the words behind the commands are read into.
 struct Words {
   QueryCommand query;
@@ -499,7 +513,7 @@ struct Words {
 };
 
 constexpr std::pair<std::string_view, Command (*)(const Words&)> kCommands[] = {
-    {"query", [](const Words& words) -> Command { return words.query; }},
+    {"query", [](const Words& words) -> Command { return checkedQuery(words.query); }},
     {"explain", [](const Words& words) -> Command { return words.explain; }},
     {"diff", [](const Words& words) -> Command { return words.diff; }},
     {"summary", [](const Words& words) -> Command { return words.summary; }},

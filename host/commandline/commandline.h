@@ -30,6 +30,7 @@ struct QueryCommand {
   bool why = false;
   std::optional<std::chrono::milliseconds> timeout;
   bool wide = false;
+  bool bytes = false;  // with the trace alone
   std::optional<std::uint64_t> node;
 };
 

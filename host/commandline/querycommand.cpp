@@ -153,7 +153,8 @@ int run(const QueryCommand& command) {
   giveUpRoot(collectors, output);
   QueryRun queryRun(std::move(machine), optionsOf(command, std::move(collectors)));
   unreadable.tellRefused();
-  Answer answer(command.format, tableOptions(command), queryRun.context());
+  const Replies replies = command.bytes ? Replies::kShown : Replies::kLeftOut;
+  Answer answer(command.format, tableOptions(command), replies, queryRun.context());
   const Requests requests = makeRequests(command, queryRun, answer);
   unreadable.tellSilence();
   const ExitStatus status = statusOf(command, unreadable, requests);

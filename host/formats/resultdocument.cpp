@@ -70,6 +70,12 @@ Json trafficJson(const TrafficEntry& entry) {
   return json;
 }
 
+Json trafficWithReply(const TrafficEntry& entry) {
+  Json json = trafficJson(entry);
+  json["reply"] = hexOfBytes(entry.reply);
+  return json;
+}
+
 template <class Entry>
 Json list(const std::vector<Entry>& entries, Json (*format)(const Entry&)) {
   Json json = Json::array();
@@ -79,16 +85,17 @@ Json list(const std::vector<Entry>& entries, Json (*format)(const Entry&)) {
 
 }  // namespace
 
-ResultDocument::ResultDocument(const QueryContext& context)
-    : document_{
-          {"format", "vel-result/1"},
-          {"machine", {{"source", context.machineSource}, {"name", toUtf8(context.machineName)}}},
-          {"plugin",
-           {{"name", toUtf8(context.plugin.name)},
-            {"version", toUtf8(context.plugin.version)},
-            {"interface_version", toUtf8(context.plugin.interfaceVersion)},
-            {"type", context.plugin.type}}},
-          {"queries", Json::array()}} {}
+ResultDocument::ResultDocument(const QueryContext& context, Replies replies)
+    : document_{{"format", "vel-result/1"},
+                {"machine",
+                 {{"source", context.machineSource}, {"name", toUtf8(context.machineName)}}},
+                {"plugin",
+                 {{"name", toUtf8(context.plugin.name)},
+                  {"version", toUtf8(context.plugin.version)},
+                  {"interface_version", toUtf8(context.plugin.interfaceVersion)},
+                  {"type", context.plugin.type}}},
+                {"queries", Json::array()}},
+      replies_(replies) {}
 
 void ResultDocument::add(const QueryResult& result) {
   Json query{{"requested", result.requested}};
@@ -96,7 +103,8 @@ void ResultDocument::add(const QueryResult& result) {
   query["error"] = errorJson(result.error);
   query["core_log"] = list(result.coreLog, logJson);
   query["failure_log"] = list(result.failureLog, logJson);
-  query["traffic"] = list(result.traffic, trafficJson);
+  query["traffic"] =
+      list(result.traffic, replies_ == Replies::kShown ? trafficWithReply : trafficJson);
   document_["queries"].push_back(std::move(query));
 }
 

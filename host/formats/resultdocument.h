@@ -10,15 +10,19 @@
 
 namespace velhost {
 
+// Whether each command of the traffic has the bytes of its reply.
+enum class Replies { kLeftOut, kShown };
+
 class ResultDocument {
  public:
-  explicit ResultDocument(const QueryContext& context);
+  explicit ResultDocument(const QueryContext& context, Replies replies = Replies::kLeftOut);
 
   void add(const QueryResult& result);
   std::string text() const;
 
  private:
   nlohmann::ordered_json document_;
+  Replies replies_;
 };
 
 }  // namespace velhost

@@ -85,6 +85,7 @@ TEST_F(Velhost, BadUsageIsToldInOneLine) {
       {"unknown option", {"query", "--fly"}, "--fly"},
       {"unknown option of check", {"check", "--fly", "x"}, "--fly"},
       {"unknown format", {"query", "--format", "xml"}, "xml"},
+      {"bytes of an inventory", {"query", "--bytes", "--format", "inventory"}, "--format trace"},
       {"repeat of none", {"query", "--repeat", "0"}, "--repeat"},
       {"log level that is no number", {"query", "--log-level", "x"}, "--log-level"},
       {"option without its value", {"query", "--machine"}, "--machine"},

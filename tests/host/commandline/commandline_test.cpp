@@ -59,6 +59,11 @@ TEST(CommandLine, ATimeLimitIsInSeconds) {
   }
 }
 
+TEST(CommandLine, BytesGoWithTheTrace) {
+  EXPECT_FALSE(std::get<QueryCommand>(parse({"query", "--format", "trace"})).bytes);
+  EXPECT_TRUE(std::get<QueryCommand>(parse({"query", "--bytes", "--format", "trace"})).bytes);
+}
+
 TEST(CommandLine, NumbersAreDecimal) {
   EXPECT_EQ(10U, std::get<QueryCommand>(parse({"query", "--repeat", "010"})).repeat);
 }
@@ -118,7 +123,7 @@ TEST(CommandLine, HelpListsWhatThereIs) {
   }
   const std::string query = std::get<PrintCommand>(parse({"query", "--help"})).text;
   for (const char* const word : {"--machine", "--plugin", "--format", "--output", "--repeat",
-                                 "--reinit", "--log-level", "table", "json", "trace"}) {
+                                 "--reinit", "--bytes", "--log-level", "table", "json", "trace"}) {
     EXPECT_NE(std::string::npos, query.find(word)) << word;
   }
 }
@@ -201,6 +206,9 @@ TEST(CommandLine, AWordThatIsNotTakenIsNamedWithWhatWasMeant) {
       {{"query", "A", "--formt", "json"}, "--formt is no option here; did you mean --format?"},
       {{"query", "--MACHINE=m"}, "--MACHINE is no option here; did you mean --machine?"},
       {{"collectors", "query"}, "query is not expected here; see velhost --help"},
+      {{"query", "--bytes"}, "--bytes goes with --format trace; no other format has replies"},
+      {{"query", "--bytes", "--format", "json"},
+       "--bytes goes with --format trace; no other format has replies"},
       {{"help", "fly"}, "there is no command fly; see velhost --help"},
       {{"help", "clases"}, "there is no command clases; did you mean classes?"},
   };

@@ -165,6 +165,23 @@ TEST(ResultDocument, TellsAllOfARequest) {
             document.text());
 }
 
+// As the caller's buffer got them, however long the reply was said to be.
+TEST(ResultDocument, RepliesAreShownWhereTheyAreAskedFor) {
+  QueryResult result;
+  result.traffic = {dotCommand(), tamberCommand(), failedIpmiCommand()};
+  result.traffic[0].reply = {0x00, 0x4B, 0xFF};
+  ResultDocument document(sampleContext(), Replies::kShown);
+  document.add(result);
+  const auto shown = nlohmann::ordered_json::parse(document.text());
+  EXPECT_EQ(R"([{"operation":"dot_command","sp":1,"type":2,"command":"0403050601","data":"0A",)"
+            R"("answered":true,"length":40,"reply":"004BFF"},)"
+            R"({"operation":"tamber_command","command":"01F1F10F","data":"","flags":[false,true],)"
+            R"("answered":true,"length":-7,"reply":""},)"
+            R"({"operation":"ipmi_command","request":"0120060052","answered":false,"length":0,)"
+            R"("reply":""}])",
+            shown.at("queries")[0].at("traffic").dump());
+}
+
 TEST(ResultDocument, AnExceptionOfAnotherTypeHasNoCode) {
   QueryResult result;
   result.error = RequestError{"std::runtime_error", std::nullopt, "broke"};
