@@ -8,7 +8,6 @@ page tells is looked at more closely.
 
 Usage: sdk_test.py CMAKE COMPILER FLAGS SOURCE-FOLDER BUILD-FOLDER
 """
-import collections
 import concurrent.futures
 import json
 import os
@@ -20,6 +19,9 @@ import subprocess
 import sys
 import tempfile
 import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent / "support"))
+from documents import Outcome, blocks, followed, page_commands
 
 CMAKE, COMPILER, FLAGS = sys.argv.pop(1), sys.argv.pop(1), sys.argv.pop(1)
 ROOT = pathlib.Path(sys.argv.pop(1)).resolve()
@@ -40,22 +42,6 @@ TWO_PACKAGES = [
     }
     for package in (0, 1)
 ]
-
-Command = collections.namedtuple("Command", "text shown")  # and what the page shows of its output
-Outcome = collections.namedtuple("Outcome", "status out err")
-
-
-def blocks(page):
-    """(language, file named above it or "", text) of each."""
-    return re.findall(r"(?:<!-- (\S+) -->\n)?```(\w+)\n(.*?)```\n", page, re.DOTALL)
-
-
-def commands(page):
-    for _, language, text in blocks(page):
-        if language == "console":
-            for part in re.split(r"^\$ ", text, flags=re.MULTILINE)[1:]:
-                command, _, shown = part.partition("\n")
-                yield Command(command, shown)
 
 
 def environment(home):
@@ -86,21 +72,12 @@ class Folder:
         shutil.copytree(EXAMPLE, self.project / "examples" / "microcode")
         self.prefix = self.home / "vel"
         self.example = self.home / "microcode"
-        self.outcomes = self.followed([command.text for command in commands(PAGE)])
+        outcomes = followed([command.text for command in page_commands(PAGE)], self.project,
+                            environment(self.home))
+        self.outcomes = [Outcome(one.status, self.shown(one.out), self.shown(one.err)) for one in outcomes]
 
-    def followed(self, lines):
-        """All in one shell, so that a `cd` counts for the next one."""
-        results = self.project / "results"
-        results.mkdir()
-        script = "".join(f"{{ {line}\n}} >{results}/{i}.out 2>{results}/{i}.err\n"
-                         f"echo $? >{results}/{i}.status\n" for i, line in enumerate(lines))
-        subprocess.run(["bash", "-c", script], cwd=self.project, env=environment(self.home),
-                       stdin=subprocess.DEVNULL, check=False)
-        return [Outcome(int(self.text(results / f"{i}.status")), self.text(results / f"{i}.out"),
-                        self.text(results / f"{i}.err")) for i in range(len(lines))]
-
-    def text(self, file):
-        return file.read_text(encoding="utf-8").replace(str(self.home), "/home/you")
+    def shown(self, text):
+        return text.replace(str(self.home), "/home/you")
 
     def run(self, *command):
         run = subprocess.run([str(word) for word in command], env=environment(self.home),
@@ -130,11 +107,11 @@ class Kit(unittest.TestCase):
     # ---- the page
 
     def test_the_pages_code_is_the_examples(self):
-        shown = [(file, text) for file, language, text in blocks(PAGE) if language != "console"]
+        shown = [block for block in blocks(PAGE) if block.language != "console"]
         self.assertTrue(shown)
-        for file, text in shown:
-            with self.subTest(text.partition("\n")[0]):
-                self.assertIn(text, (EXAMPLE / file).read_text(encoding="utf-8"))
+        for block in shown:
+            with self.subTest(block.line):
+                self.assertIn(block.text, (EXAMPLE / block.name).read_text(encoding="utf-8"))
 
     def test_the_page_names_each_file(self):
         for file in EXAMPLE.iterdir():
@@ -142,7 +119,7 @@ class Kit(unittest.TestCase):
                 self.assertIn(file.name, PAGE)
 
     def test_the_pages_commands(self):
-        listed = list(commands(PAGE))
+        listed = page_commands(PAGE)
         self.assertGreater(len(listed), 20)
         for command, outcome in zip(listed, self.here.outcomes):
             with self.subTest(command.text):

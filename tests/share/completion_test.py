@@ -12,6 +12,7 @@ import sys
 import tempfile
 import unittest
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
 from parserhelp import Parser
 
 VELHOST, ROOT, COMPLETION = (pathlib.Path(sys.argv.pop(1)).absolute() for _ in range(3))

@@ -16,6 +16,7 @@ import sys
 import tempfile
 import unittest
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
 from parserhelp import Parser
 
 CMAKE = sys.argv.pop(1)
