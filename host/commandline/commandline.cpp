@@ -36,7 +36,8 @@ constexpr char kExamplesAndStatuses[] =
     "Exit status:\n"
     "  0  answered\n"
     "  1  the plug-in or the framework refused or failed; diff: different\n"
-    "  2  bad usage or bad input; nothing was printed\n"
+    "  2  bad usage or bad input; nothing was printed, but by check, summary and\n"
+    "     report what other files gave\n"
     "  3  something did not answer or could not be read; the rest was printed\n";
 
 constexpr char kQueryNotes[] =
@@ -149,7 +150,7 @@ constexpr char kRecordNotes[] =
     "\n"
     "Examples:\n"
     "  velhost record --redact --output recorded.json\n"
-    "      this machine, as a file that may be shown to others\n"
+    "      this machine, as a file to show to others once you have read it\n"
     "  velhost record --machine server.json --force --output copy.json\n"
     "      what a query asks of a machine that a file describes, and nothing else\n";
 
