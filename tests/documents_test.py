@@ -35,6 +35,8 @@ NOT_RUN = {
         "./run",
         "./test",
         "./test all",
+        "tools/build-packages",
+        "tools/test-packages",
         "cmake --preset dev && cmake --build --preset dev && ctest --preset dev",
         "cmake --preset asan+ubsan && cmake --build --preset asan+ubsan",
         "cmake --preset release -DSPFW_BENCH=ON && cmake --build --preset release",

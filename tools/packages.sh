@@ -9,7 +9,7 @@ test_packages=(libgtest-dev libgmock-dev pkgconf python3 python3-jsonschema
   python3-prometheus-client python3-html5lib dmidecode valgrind jq man-db mandoc)
 browser_packages=(chromium-headless-shell poppler-utils)
 fleet_packages=(prometheus prometheus-alertmanager prometheus-node-exporter systemd strace)
-packaging_packages=(dpkg-dev debhelper lintian debootstrap)
+packaging_packages=(dpkg-dev debhelper lintian debootstrap autopkgtest)
 vm_packages=(qemu-system-x86 busybox-static openipmi libopenipmi-dev ipmitool)
 sanitizer_packages=(clang libclang-rt-dev)
 check_packages=(clang-format clang-tidy)
