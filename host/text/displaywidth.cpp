@@ -74,16 +74,15 @@ class Glyphs {
   std::string_view rest_;
 };
 
-// As many glyphs as fit in so many columns.
+// As many glyphs as fit in so many columns, which are fewer than the text's.
 std::string_view headOf(std::string_view text, std::size_t width) {
   std::size_t size = 0;
-  for (Glyphs glyphs(text); !glyphs.atEnd();) {
+  for (Glyphs glyphs(text);;) {
     const Glyph glyph = glyphs.next();
-    if (glyph.width > width) break;
+    if (glyph.width > width) return text.substr(0, size);
     width -= glyph.width;
     size += glyph.bytes.size();
   }
-  return text.substr(0, size);
 }
 
 // The same from the end. Glyphs are read forwards, so it looks no further back than they can reach.

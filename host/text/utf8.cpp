@@ -77,11 +77,6 @@ std::string controlEscape(char control) {
   return byteEscape(control);
 }
 
-bool isAsciiControl(std::string_view sequence) noexcept {
-  return sequence.size() == 1 &&
-         (static_cast<unsigned char>(sequence[0]) < 0x20 || sequence[0] == '\x7F');
-}
-
 std::string seenSequence(std::string_view sequence) {
   const char32_t character = codePoint(sequence);
   return isUnseen(character) ? unicodeEscape(character) : std::string(sequence);
@@ -128,8 +123,8 @@ std::string visible(std::string_view text) {
   result.reserve(text.size());
   walk(
       text, result,
-      [&](std::string_view sequence) {
-        result += isAsciiControl(sequence) ? controlEscape(sequence[0]) : seenSequence(sequence);
+      [&](std::string_view sequence) {  // of ASCII what is not plain is a control
+        result += sequence.size() == 1 ? controlEscape(sequence[0]) : seenSequence(sequence);
       },
       [&](char stray) { result += byteEscape(stray); });
   return result;

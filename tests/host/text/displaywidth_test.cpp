@@ -73,6 +73,8 @@ TEST(CutToWidth, TakesTheMiddleOut) {
       {"nothing of nothing", "", 0, ""},
       {"wide letters are not halved", repeated(kNihon, 4), 10,
        kNihon + std::string("...\xE6\x9C\xAC")},
+      {"letters of several bytes are not parted", repeated("\xE2\x82\xAC", 10), 5,
+       "\xE2\x82\xAC...\xE2\x82\xAC"},
       {"marks stay on their letters", repeated(kAccented, 10), 5,
        std::string(kAccented) + "..." + kAccented},
   };

@@ -13,6 +13,7 @@ TEST(TextLayout, ColumnsAreAsWideAsTheirWidestCell) {
       "  M\xC3\xBCller  1\n"
       "  x\n",
       alignedColumns(rows));
+  EXPECT_EQ(2U, columnsWidth({}));
   EXPECT_EQ(14U, columnsWidth(rows));  // indent 2, "Müller" 6, gap 2, "Size" 4
   EXPECT_EQ("", alignedColumns({}));
 }

@@ -89,6 +89,7 @@ TEST(Utf8, ALongTextLosesItsMiddle) {
       {"an odd number", "abcdefghijk", 9, "abc...ijk"},
       {"characters are kept whole", "\xC3\xBC\xC3\xBC\xC3\xBC\xC3\xBC\xC3\xBC\xC3\xBC", 5,
        "\xC3\xBC...\xC3\xBC"},
+      {"nothing but the dots has room", "abcd", 3, "..."},
       {"empty", "", 5, ""},
   };
   for (const auto& c : cases) EXPECT_EQ(c.shown, shortened(c.text, c.most)) << c.what;

@@ -22,8 +22,14 @@ TEST(WrappedText, KeepsToItsWidth) {
       {"pairs stay together", "abc 00 1F 2A d", "  abc\n    00 1F\n    2A d\n"},
       {"with the mark behind them", "abc 00 1F: d", "  abc\n    00 1F:\n    d\n"},
       {"no pairs", "abc be 1f 2", "  abc be\n    1f 2\n"},
+      {"a sign is no digit", "abc -1 00 d", "  abc -1\n    00 d\n"},
+      {"three digits are no pair", "abc 00 1F2 d", "  abc 00\n    1F2 d\n"},
   };
   for (const auto& c : cases) EXPECT_EQ(c.lines, wrappedText(c.text, 10, 2, 4)) << c.what;
+}
+
+TEST(WrappedText, WhereTheIndentTakesAllALineHasACharacter) {
+  EXPECT_EQ("  a\n  b\n", wrappedText("ab", 2, 2, 2));
 }
 
 TEST(WrappedText, EightPairsStayTogetherAtMost) {
