@@ -32,14 +32,11 @@ std::string complaint(const std::string& pointer, const std::string& what) {
   return " " + (pointer.empty() ? "/" : pointer) + ": " + visible(what);
 }
 
-// The parser's words without the prefix of its library and its own place.
+// The parser's words without the prefix of its library, "[NAME] ", and its own place.
 std::string parserWords(const nlohmann::detail::exception& error) {
-  std::string what = error.what();
-  for (const std::string_view lead : {": syntax error", "] "}) {
-    const auto at = what.find(lead);
-    if (at != std::string::npos) return what.substr(at + 2);
-  }
-  return what;
+  const std::string what = error.what();
+  const auto place = what.find(": syntax error");
+  return what.substr((place != std::string::npos ? place : what.find("] ")) + 2);
 }
 
 // Builds the document while it is parsed. The library's own builder drops the first of two equal
@@ -72,9 +69,10 @@ class DocumentBuilder : public nlohmann::json_sax<Json> {
     return true;
   }
 
+  // The position counts from 1.
   bool parse_error(std::size_t position, const std::string& /*token*/,
                    const nlohmann::detail::exception& error) override {
-    const auto before = text_.substr(0, std::min(position == 0 ? 0 : position - 1, text_.size()));
+    const auto before = text_.substr(0, std::min(position - 1, text_.size()));
     const auto line = std::count(before.begin(), before.end(), '\n') + 1;
     const auto column = before.size() - (before.rfind('\n') + 1) + 1;
     throw DocumentError(std::to_string(line) + ":" + std::to_string(column) + ": " +

@@ -66,9 +66,8 @@ void refuseBesideRaw(const Cursor& at) {
 }
 
 std::uint16_t handleOf(const Cursor& at, const StructureReading& structure) {
-  if (structure.handle) return *structure.handle;
-  if (!std::in_range<std::uint16_t>(at.index())) at.failAt("handle", "is missing");
-  return static_cast<std::uint16_t>(at.index());
+  static_assert(kMostStructures <= 0x10000, "an index is a handle");
+  return structure.handle.value_or(static_cast<std::uint16_t>(at.index()));
 }
 
 SmbiosStructure readStructure(const Cursor& at) {

@@ -30,6 +30,7 @@ TEST(SmbiosParts, TheLargestFormattedAreaIsTakenApart) {
   const SmbiosParts largest{1, 2, Bytes(251, 0x55), {"A"}};
   EXPECT_EQ(255, wholeStructure(largest)[1]);
   EXPECT_EQ(largest, takeApart(wholeStructure(largest)));
+  EXPECT_NE(largest, takeApart(wholeStructure({1, 2, Bytes(250, 0x55), {"A"}})));
 }
 
 TEST(SmbiosParts, WhatNoPartsGiveIsNotTakenApart) {

@@ -83,6 +83,9 @@ TEST_F(FindingsRefused, ResultDocuments) {
           { "P": { "type": "uint9", "value": 1 } } } ] } ])",
        " /queries/0/instances/0/properties/P/type: is no type of CIM"},
       {R"("queries": [ { "requested": [], "instances": [ { "class": "C", "properties":
+          { "P": { "type": "", "value": 1 } } } ] } ])",
+       " /queries/0/instances/0/properties/P/value: the schema gives this property no type"},
+      {R"("queries": [ { "requested": [], "instances": [ { "class": "C", "properties":
           { "P": { "type": "uint8", "value": 300 } } } ] } ])",
        " /queries/0/instances/0/properties/P/value: must be from 0 to 255"},
       {R"("queries": [ { "requested": [], "instances": [ { "class": "C", "properties":

@@ -103,11 +103,12 @@ TEST_F(FindingsOf, TheLastQueryOfAResultDocument) {
       { "requested": ["KRXSG_Vpd", "KRXSG_cKVM"], "error": null, "core_log": [], "traffic": [ 5 ],
         "instances": [ { "class": "KRXSG_Vpd", "properties": {
           "Name": { "type": "string", "value": "\ufffdx", "bytes": "FF78" },
+          "Slot": { "type": "", "value": null },
           "Fan": { "type": "uint8", "value": 7 } } } ] } ] })");
   EXPECT_FALSE(findings.tellsStates);
   EXPECT_EQ((Lines{"file: srv1, by SPFirmwareVPD", "asked: KRXSG_Vpd", "asked: KRXSG_cKVM",
                    "KRXSG_Vpd: present, , ", "KRXSG_cKVM: absent, , the file does not tell why",
-                   "KRXSG_Vpd", "  Name = string FF78", "  Fan = uint8 7"}),
+                   "KRXSG_Vpd", "  Name = string FF78", "  Slot = empty", "  Fan = uint8 7"}),
             linesOf(findings));
 }
 
