@@ -261,6 +261,8 @@ TEST(Redaction, SerialNumbersOfFruDevicesAndTheirChecksums) {
        "01 02 00 C0 C0 C0 C0 04 00 00 00 01 C0 C1 00 77"},
       {"UTF-16: Q7", "01 02 16 C0 C0 C0 C0 C4 51 00 37 00 C0 C1 00 1A",
        "01 02 16 C0 C0 C0 C0 C4 47 00 31 00 C0 C1 00 2A"},
+      {"no field for one", "01 02 00 C4 51 37 4B 39 C1 00 00 00 00 00 00 6C",
+       "01 02 00 C4 51 37 4B 39 C1 00 00 00 00 00 00 6C"},
       {"a wrong checksum stays wrong", "01 02 00 C0 C0 C0 C0 C4 51 37 4B 39 C0 C1 00 AD",
        "01 02 00 C0 C0 C0 C0 C4 47 30 47 31 C0 C1 00 AD"},
   };
@@ -293,9 +295,36 @@ TEST(Redaction, RepliesThatAreNoFruDataStayAsTheyAre) {
   machine.sp.ipmiCommands = {
       fruCommand({0x11, 5, 0, 0, 8}, {}), fruCommand({0x11, 5, 0, 0}, {8, 1}),
       fruCommand({0x11, 5, 0, 0, 9}, {200, 1, 2}), fruCommand({0x10, 5}, {1})};
+  // Of the header of device 5 and its area, by commands that do not read it or replies that are none.
+  for (auto& entry : readsOf(bytesOfHex("01 02 00 C0 C0 C0 C0 C4 51 37 4B 39 C0 C1 00 AC"), 1)) {
+    auto otherFunction = entry;
+    otherFunction.request[2] = 0x2C;
+    auto otherCommand = entry;
+    otherCommand.request[4] = 0x12;
+    auto unanswered = entry;
+    unanswered.replies[0].fails = true;
+    auto refused = entry;
+    refused.replies[0].bytes[4] = 0xCB;
+    for (const auto& other : {otherFunction, otherCommand, unanswered, refused}) {
+      machine.sp.ipmiCommands.push_back(other);
+    }
+  }
+  machine.sp.ipmiCommands.push_back(fruCommand({0x10, 6}, {}));
   const Bytes before = repliesOf(machine);
   redact(machine);
   EXPECT_EQ(hexPairs(before), hexPairs(repliesOf(machine)));
+}
+
+TEST(Redaction, WhatHoldsNoTextStaysAsItIs) {
+  MachineFile machine;
+  machine.sp.tamberCommands = {
+      {{0x01, 0xF1, 0xF1, 0x0F}, std::nullopt, {{false, bytesOfHex("01 02 03 4B 58 37 31"), {}}}}};
+  machine.sp.ipmiCommands = {{bytesOfHex("01200600"), {{false, Bytes(21, 0x12), {}}}}};
+  machine.instances = {
+      {"KRXSG_IPMIFRU", {{"FRUDeviceID", TCIMValue(static_cast<std::uint8_t>(3))}}}};
+  const std::string before = machineFileText(machine);
+  redact(machine);
+  EXPECT_EQ(before, machineFileText(machine));
 }
 
 TEST(Redaction, GuidOfAController) {
