@@ -3,9 +3,12 @@
 // The kernel's file calls, kept one word a call, of which the test scripts some.
 #pragma once
 
+#include <algorithm>
+#include <cerrno>
 #include <deque>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,8 +19,9 @@ namespace velhost {
 class ScriptedFiles : public FileCalls {
  public:
   // By the call's name, in turn. A negative result is given without making the call, a positive one
-  // is the most that a read or write takes or how wide a terminal is, 0 and what is not scripted lets the call be made.
+  // is the most that a read or write takes, 0 and what is not scripted lets the call be made.
   std::map<std::string, std::deque<int>> results;
+  std::optional<int> columns;                           // of the terminal; -1: there is none
   std::function<void(const std::string& call)> before;  // each call
   std::vector<std::string> calls;
 
@@ -41,9 +45,10 @@ class ScriptedFiles : public FileCalls {
     return make("isatty", [&](int yes) { return yes > 0 ? yes : kernelFiles().isatty(file); });
   }
   int tcgetwinsize(int file, winsize& size) override {
-    return make("tcgetwinsize", [&](int columns) {
-      size.ws_col = static_cast<unsigned short>(columns);
-      return columns > 0 ? 0 : kernelFiles().tcgetwinsize(file, size);
+    return make("tcgetwinsize", [&](int) {
+      if (!columns) return kernelFiles().tcgetwinsize(file, size);
+      size.ws_col = static_cast<unsigned short>(std::max(*columns, 0));
+      return *columns < 0 ? -ENOTTY : 0;
     });
   }
   ssize_t readlinkat(int folder, const char* name, std::span<char> text) override {

@@ -21,6 +21,7 @@ TEST(OutputScreen, IsTheTerminalOrWhatTheUserSays) {
       {"a pipe", {}, -1, 80, false},
       {"a terminal", {nullptr, "xterm", nullptr}, 132, 132, true},
       {"a terminal of which nothing is said", {}, 132, 132, true},
+      {"a terminal that tells no columns", {}, 0, 80, true},
       {"a dumb terminal", {nullptr, "dumb", nullptr}, 132, 132, false},
       {"no colour is wanted", {nullptr, "xterm", "1"}, 132, 132, false},
       {"NO_COLOR is empty", {nullptr, "xterm", ""}, 132, 132, true},
@@ -36,7 +37,7 @@ TEST(OutputScreen, IsTheTerminalOrWhatTheUserSays) {
   for (const ScreenCase& c : cases) {
     ScriptedFiles files;
     files.results["isatty"] = {c.terminal < 0 ? -ENOTTY : 1};
-    files.results["tcgetwinsize"] = {c.terminal < 0 ? -ENOTTY : c.terminal};
+    files.columns = c.terminal;
     const Screen screen = standardOutputScreen(c.wishes, files);
     EXPECT_EQ(c.width, screen.width) << c.what;
     EXPECT_EQ(c.hasColour, screen.hasColour) << c.what;

@@ -66,6 +66,23 @@ TEST(StandardStreams, ThatAreOpenAreLeftAlone) {
   EXPECT_EQ((Words{"fstatat", "fstatat", "fstatat"}), calls.calls);
 }
 
+TEST(StandardStreams, AreOccupiedByWhatCannotBeReadOrWritten) {
+  const int next = ::dup(STDERR_FILENO);  // the lowest free number
+  ::close(next);
+  ScriptedFiles calls;
+  calls.results["fstatat"] = {0, -EBADF};
+  occupyStandardStreams(calls);
+  EXPECT_EQ((Words{"fstatat", "fstatat", "openat", "fstatat"}), calls.calls);
+  EXPECT_NE(0, ::fcntl(next, F_GETFL) & O_PATH);
+  ::close(next);
+}
+
+TEST(StandardStreams, NothingIsWrittenOfNothing) {
+  ScriptedFiles calls;
+  writeStandardOutput("", calls);
+  EXPECT_EQ(Words{}, calls.calls);
+}
+
 TEST(StandardStreams, ThatCannotBeOccupiedAreTold) {
   ScriptedFiles calls;
   calls.results["fstatat"] = {0, -EBADF};
