@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
 #include <sstream>
 
 namespace velhost {
@@ -115,73 +117,21 @@ TEST(CommandLine, ARecordingTakesItsOptions) {
   EXPECT_TRUE(record.force && record.redact);
 }
 
-TEST(CommandLine, HelpListsWhatThereIs) {
-  const std::string help = std::get<PrintCommand>(parse({"--help"})).text;
-  for (const char* const word :
-       {"query", "classes", "record", "check", "--version", "Exit status"}) {
-    EXPECT_NE(std::string::npos, help.find(word)) << word;
-  }
-  const std::string query = std::get<PrintCommand>(parse({"query", "--help"})).text;
-  for (const char* const word : {"--machine", "--plugin", "--format", "--output", "--repeat",
-                                 "--reinit", "--bytes", "--log-level", "table", "json", "trace"}) {
-    EXPECT_NE(std::string::npos, query.find(word)) << word;
-  }
+std::string expectedHelp(const std::string& name) {
+  std::ifstream file(HELP_DIR "/" + name + ".txt");
+  return {std::istreambuf_iterator<char>(file), {}};
 }
 
-TEST(CommandLine, HelpOfRecordListsItsOptions) {
-  const std::string help = std::get<PrintCommand>(parse({"record", "--help"})).text;
-  for (const char* const word : {"--machine", "--plugin", "--output", "--force", "--redact"}) {
-    EXPECT_NE(std::string::npos, help.find(word)) << word;
+TEST(CommandLine, HelpTellsAllOfACommand) {
+  EXPECT_EQ(expectedHelp("velhost"), std::get<PrintCommand>(parse({"--help"})).text);
+  for (const char* const command : {"query", "explain", "diff", "summary", "report", "record",
+                                    "check", "collectors", "classes", "help"}) {
+    EXPECT_EQ(expectedHelp(command), std::get<PrintCommand>(parse({command, "--help"})).text);
   }
 }
 
 TEST(CommandLine, VersionIsNameAndNumber) {
   EXPECT_EQ("velhost 1.0.0\n", std::get<PrintCommand>(parse({"--version"})).text);
-}
-
-TEST(CommandLine, BadUsageIsOneLine) {
-  const std::vector<const char*> cases[] = {
-      {},
-      {"fly"},
-      {"--machine", "m.json"},
-      {"query", "--fly"},
-      {"query", "--machine"},
-      {"query", "--machine", "a", "--machine", "b"},
-      {"query", "--format", "xml"},
-      {"query", "--format", "CSV"},
-      {"query", "--format", "Trace"},
-      {"query", "--format", ""},
-      {"query", "--repeat", "0"},
-      {"query", "--repeat", "-1"},
-      {"query", "--repeat", "three"},
-      {"query", "--repeat", "3x"},
-      {"query", "--repeat", "0x3"},
-      {"query", "--repeat", "1.5"},
-      {"query", "--repeat", ""},
-      {"query", "--repeat", "4294967296"},
-      {"query", "--log-level", "all"},
-      {"query", "--reinit=maybe"},
-      {"query", "--format", "mof"},
-      {"classes", "--format", "trace"},
-      {"classes", "--format", "inventory"},
-      {"classes", "--machine", "m.json"},
-      {"check"},
-      {"check", "--format", "json"},
-      {"record", "KRXSG_Vpd"},
-      {"record", "--output"},
-      {"record", "--format", "json"},
-      {"record", "--force=maybe"},
-  };
-  for (const auto& arguments : cases) {
-    std::string shown;
-    for (const char* const argument : arguments) shown += std::string(argument) + ' ';
-    try {
-      parse(arguments);
-      ADD_FAILURE() << "accepted: " << shown;
-    } catch (const InputError& error) {
-      EXPECT_EQ(std::string::npos, std::string(error.what()).find('\n')) << shown << error.what();
-    }
-  }
 }
 
 std::string complaintAbout(const std::vector<const char*>& arguments) {
@@ -191,6 +141,88 @@ std::string complaintAbout(const std::vector<const char*>& arguments) {
     return error.what();
   }
   return "accepted";
+}
+
+TEST(CommandLine, BadUsageIsOneLine) {
+  const struct {
+    std::vector<const char*> arguments;
+    const char* complaint;
+  } cases[] = {
+      {{},
+       "a command is missing: query, explain, diff, summary, report, record, check, collectors or "
+       "classes; see velhost --help"},
+      {{"query", "--machine"}, "--machine: 1 required FILE missing; see velhost --help"},
+      {{"query", "--machine", "a", "--machine", "b"},
+       "--machine: At Most 1 required but received 2; see velhost --help"},
+      {{"query", "--format", "xml"},
+       "--format: \"xml\" is none of table, json, inventory, ndjson, csv, openmetrics, trace; see "
+       "velhost --help"},
+      {{"query", "--format", "CSV"},
+       "--format: \"CSV\" is none of table, json, inventory, ndjson, csv, openmetrics, trace; see "
+       "velhost --help"},
+      {{"query", "--format", ""},
+       "--format: \"\" is none of table, json, inventory, ndjson, csv, openmetrics, trace; see "
+       "velhost --help"},
+      {{"query", "--format", "mof"},
+       "--format: \"mof\" is none of table, json, inventory, ndjson, csv, openmetrics, trace; see "
+       "velhost --help"},
+      {{"query", "--repeat", "0"},
+       "--repeat: \"0\" is no whole number from 1 to 4294967295; see velhost --help"},
+      {{"query", "--repeat", "-1"},
+       "--repeat: \"-1\" is no whole number from 1 to 4294967295; see velhost --help"},
+      {{"query", "--repeat", "three"},
+       "--repeat: \"three\" is no whole number from 1 to 4294967295; see velhost --help"},
+      {{"query", "--repeat", "3x"},
+       "--repeat: \"3x\" is no whole number from 1 to 4294967295; see velhost --help"},
+      {{"query", "--repeat", "0x3"},
+       "--repeat: \"0x3\" is no whole number from 1 to 4294967295; see velhost --help"},
+      {{"query", "--repeat", "1.5"},
+       "--repeat: \"1.5\" is no whole number from 1 to 4294967295; see velhost --help"},
+      {{"query", "--repeat", ""},
+       "--repeat: \"\" is no whole number from 1 to 4294967295; see velhost --help"},
+      {{"query", "--repeat", "4294967296"},
+       "--repeat: \"4294967296\" is no whole number from 1 to 4294967295; see velhost --help"},
+      {{"query", "--log-level", "all"},
+       "--log-level: \"all\" is no whole number from -2147483648 to 2147483647; see velhost "
+       "--help"},
+      {{"query", "--node", "0"},
+       "--node: \"0\" is no whole number from 1 to 18446744073709551615; see velhost --help"},
+      {{"query", "--timeout", "0"},
+       "--timeout: \"0\" is no number of seconds from 0.001 to 1000000; see velhost --help"},
+      {{"query", "--timeout", "0.0009"},
+       "--timeout: \"0.0009\" is no number of seconds from 0.001 to 1000000; see velhost --help"},
+      {{"query", "--timeout", "1000000.1"},
+       "--timeout: \"1000000.1\" is no number of seconds from 0.001 to 1000000; see velhost "
+       "--help"},
+      {{"query", "--timeout", "1e3"},
+       "--timeout: \"1e3\" is no number of seconds from 0.001 to 1000000; see velhost --help"},
+      {{"query", "--reinit=maybe"},
+       "Could not convert: --reinit = maybe; see velhost --help"},
+      {{"explain"}, "CLASS[.PROPERTY] is required; see velhost --help"},
+      {{"explain", "A", "--node", "-1"},
+       "--node: \"-1\" is no whole number from 0 to 4294967295; see velhost --help"},
+      {{"classes", "--format", "trace"},
+       "--format: \"trace\" is none of table, json, mof; see velhost --help"},
+      {{"classes", "--format", "inventory"},
+       "--format: \"inventory\" is none of table, json, mof; see velhost --help"},
+      {{"classes", "--machine", "m.json"}, "--machine is no option here; see velhost --help"},
+      {{"diff", "a"}, "NEW is required; see velhost --help"},
+      {{"diff", "a", "b", "--format", "csv"},
+       "--format: \"csv\" is none of table, json; see velhost --help"},
+      {{"summary"}, "FILE is required; see velhost --help"},
+      {{"summary", "a", "--format", "mof"},
+       "--format: \"mof\" is none of table, json, csv; see velhost --help"},
+      {{"report", "a"}, "--output is required; see velhost --help"},
+      {{"report", "--output", "a"}, "FILE is required; see velhost --help"},
+      {{"check"}, "FILE is required; see velhost --help"},
+      {{"check", "--format", "json"}, "--format is no option here; see velhost --help"},
+      {{"record", "KRXSG_Vpd"}, "KRXSG_Vpd is not expected here; see velhost --help"},
+      {{"record", "--output"}, "--output: 1 required FILE missing; see velhost --help"},
+      {{"record", "--format", "json"}, "--format is no option here; see velhost --help"},
+      {{"record", "--force=maybe"},
+       "Could not convert: --force = maybe; see velhost --help"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(c.complaint, complaintAbout(c.arguments));
 }
 
 TEST(CommandLine, AWordThatIsNotTakenIsNamedWithWhatWasMeant) {
