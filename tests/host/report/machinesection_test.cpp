@@ -84,6 +84,51 @@ TEST(MachineSection, APartWithPropertiesOpens) {
       << section;
 }
 
+TEST(MachineSection, StandsWhole) {
+  Item bios = element("BIOS", "1");
+  bios.name = "UEFI";
+  bios.filling = Filling::kPartial;
+  bios.build = "B";
+  bios.date = "2020-01-02";
+  bios.properties = {{"Vendor", "KRX"}};
+  MachineView view = viewWith(Place::kFirmware, {bios});
+  view.isLive = true;
+  view.product = "KRX 1";
+  view.facts = {{"Model", "M<1>"}};
+  view.classes = {{{"KRXSG_Vpd", "SPFirmwareVPD", State::kPresent, "", {}}, 2}};
+  const std::string sign =
+      "<span class=\"badge is-partial\"><svg class=\"sign\" aria-hidden=\"true\">"
+      "<use href=\"#sign-partial\"></use></svg>";
+  EXPECT_EQ(
+      "<section class=\"machine\"><h2 id=\"m1\"><bdi>a server</bdi></h2>"
+      "<p class=\"facts\">a.json, live machine, KRX 1</p><p class=\"tally\">" +
+          sign +
+          "1 partial</span> </p>"
+          "<details class=\"more\"><summary>What the machine says of itself</summary>"
+          "<dl><dt>Model</dt><dd><bdi>M&lt;1&gt;</bdi></dd></dl></details>"
+          "<div class=\"box\"><div class=\"places\"><div class=\"place\"><h3>Firmware</h3>"
+          "<table class=\"levels\"><thead><tr><th scope=\"col\">Element</th>"
+          "<th scope=\"col\">Version</th><th scope=\"col\">Build</th><th "
+          "scope=\"col\">Date</th></tr>"
+          "</thead><tbody><tr><th scope=\"row\">BIOS<span class=\"name\"><bdi>UEFI</bdi></span>" +
+          sign +
+          "partial</span></th><td><bdi>1</bdi></td><td><bdi>B</bdi></td>"
+          "<td><bdi>2020-01-02</bdi></td></tr></tbody></table>"
+          "<details class=\"more\"><summary>All properties</summary>"
+          "<p class=\"of\">BIOS<span class=\"name\"><bdi>UEFI</bdi></span></p>"
+          "<dl><dt>Vendor</dt><dd><bdi>KRX</bdi></dd></dl></details></div></div></div>"
+          "<details class=\"more\"><summary>How each class ended</summary>"
+          "<div class=\"wide\" role=\"region\" tabindex=\"0\" aria-label=\"How each class ended\">"
+          "<table class=\"classes\"><thead><tr><th scope=\"col\">Class</th><th "
+          "scope=\"col\">State</th>"
+          "<th scope=\"col\">Instances</th><th scope=\"col\">Collector</th>"
+          "<th scope=\"col\">Reason</th></tr></thead><tbody><tr><th scope=\"row\">KRXSG_Vpd</th>"
+          "<td><span class=\"badge is-present\"><svg class=\"sign\" aria-hidden=\"true\">"
+          "<use href=\"#sign-present\"></use></svg>present</span></td><td>2</td>"
+          "<td>SPFirmwareVPD</td><td></td></tr></tbody></table></div></details></section>",
+      sectionOf(view));
+}
+
 TEST(MachineSection, AReasonWhySomethingIsPartialIsToldOnce) {
   MachineView view = viewWith(Place::kFirmware, {});
   for (const char* const name : {"MINE_B", "MINE_A"}) {

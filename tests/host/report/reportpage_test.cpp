@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "host/report/machinesection.h"
 #include "host/report/pagefiles.h"
 #include "tests/host/formats/formatsample.h"
 
@@ -58,6 +59,50 @@ TEST(ReportPage, WhatIsToldDependsOnHowManyMachinesThereAre) {
       EXPECT_TRUE(has(page, "<h2 id=\"m" + std::to_string(i + 1) + "\"><bdi>" + c.names[i])) << i;
     }
   }
+}
+
+Findings bareMachine(const std::string& name) {
+  Findings findings;
+  findings.context.machineName = name;
+  return findings;
+}
+
+std::string sectionOf(const std::string& name, std::size_t number) {
+  return machineSection(machineView(bareMachine(name), name + ".json"), Anchor(number)).markup() +
+         "\n";
+}
+
+TEST(ReportPage, StandsWhole) {
+  ReportPage page;
+  page.add(bareMachine("a"), "a.json");
+  page.add(bareMachine("b"), "b.json");
+  page.addUnread("c.json", "no file");
+  EXPECT_EQ(
+      "<!DOCTYPE html>\n<html lang=\"en\">\n<head><meta charset=\"utf-8\">\n"
+      "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; "
+      "style-src 'unsafe-inline'; base-uri 'none'; form-action 'none'\">\n"
+      "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
+      "<meta name=\"color-scheme\" content=\"light dark\">\n"
+      "<meta name=\"referrer\" content=\"no-referrer\">\n"
+      "<title>Firmware and parts: 2 machines</title>\n<style>" +
+          pageStyle().markup() +
+          "</style></head>\n<body><a class=\"skip\" href=\"#content\">To the machines</a>" +
+          pageSigns().markup() +
+          "<header><h1>Firmware and parts: 2 machines</h1></header>"
+          "<nav aria-labelledby=\"machines\"><h2 id=\"machines\">Machines</h2>"
+          "<table class=\"overview\"><thead><tr><th scope=\"col\">Machine</th>"
+          "<th scope=\"col\">What it is</th><th scope=\"col\">To look at</th></tr></thead><tbody>"
+          "<tr><th scope=\"row\"><a href=\"#m1\"><bdi>a</bdi></a></th>"
+          "<td>a.json, machine file</td><td>nothing</td></tr>\n"
+          "<tr><th scope=\"row\"><a href=\"#m2\"><bdi>b</bdi></a></th>"
+          "<td>b.json, machine file</td><td>nothing</td></tr>\n"
+          "<tr><th scope=\"row\">c.json</th><td colspan=\"2\"><span class=\"badge "
+          "is-unreadable\"><svg class=\"sign\" aria-hidden=\"true\">"
+          "<use href=\"#sign-unreadable\"></use></svg>unreadable</span> no file</td></tr>\n"
+          "</tbody></table></nav>\n<main id=\"content\"><section aria-labelledby=\"changes\">"
+          "<h2 id=\"changes\">What changed</h2><p>Nothing is different.</p></section>\n" +
+          sectionOf("a", 1) + sectionOf("b", 2) + "</main>\n</body>\n</html>\n",
+      page.text());
 }
 
 TEST(ReportPage, TheSameMachinesGiveTheSameBytes) {
