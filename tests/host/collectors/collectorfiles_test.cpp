@@ -48,6 +48,17 @@ TEST_F(CollectorFilesTest, FolderIsTheOneBesideTheProgramThatHasTheFirmwareColle
   EXPECT_EQ(root / "lib", collectorsFolder(programs));
 }
 
+TEST_F(CollectorFilesTest, WhereNoneHasItThatIsTold) {
+  try {
+    collectorsFolder(programs);
+    ADD_FAILURE() << "found";
+  } catch (const InputError& error) {
+    EXPECT_EQ("libspfirmwarevpd.pi.so is not beside " + programs.string() +
+                  "; name a plug-in with --plugin FILE",
+              std::string(error.what()));
+  }
+}
+
 TEST_F(CollectorFilesTest, LiveMachineHasAllOnDemandAndAMachineFileThoseThatItLists) {
   const fs::path firmware = make(root / "lib" / "libspfirmwarevpd.pi.so");
   const fs::path devices = make(root / "lib" / "libdeviceinventory.pi.so");

@@ -66,10 +66,15 @@ TEST(KnownValues, TextsAreReplacedWhereverTheyStand) {
 }
 
 TEST(KnownValues, TextsThatTellNothingAreLeftAlone) {
-  for (const char* const value :
-       {"", "0", "1", "123", "0000", "FFFFFFFF", "xxxxx", "None", "NONE", "Not Specified",
-        "Not Available", "To be filled by O.E.M.", "To Be Filled By O.E.M.", "Default string",
-        "Unknown", "System Serial Number", "No Asset Tag"}) {
+  // clang-format off
+  const char* const values[] = {
+      "", "0", "1", "123", "0000", "FFFFFFFF", "xxxxx", "None", "NONE", "EMPTY", "Unknown", "INVALID",
+      "Undefined", "Not Specified", "Not Available", "Not Applicable", "NOT PRESENT", "not set",
+      "Default", "Default string", "To be filled by O.E.M.", "To Be Filled By O.E.M.",
+      "Serial Number", "System Serial Number", "Base Board Serial Number", "Chassis Serial Number",
+      "Asset Tag", "No Asset Tag", "NO ASSET INFORMATION"};
+  // clang-format on
+  for (const char* const value : values) {
     const std::string text = std::string("<") + value + ">";
     EXPECT_EQ(text, replacedText({{value, std::string(std::string(value).size(), '#')}}, text));
   }

@@ -22,6 +22,8 @@ TEST(PackedText, IsReadAndPutBack) {
       {"UTF-16, an odd byte", readWide, writeWide, "41 00 42", "AB", "CD", "43 00 44"},
       {"BCD plus", readBcdPlus, writeBcdPlus, "12 0A B3", "120 -3", "340 -5", "34 0A B5"},
       {"BCD plus, the last ones", readBcdPlus, writeBcdPlus, "CD EF", ".:,_", "_,:.", "FE DC"},
+      {"BCD plus, all", readBcdPlus, writeBcdPlus, "01 23 45 67 89 AB CD EF", "0123456789 -.:,_",
+       "_,:.- 9876543210", "FE DC BA 98 76 54 32 10"},
       {"six bits", readSixBit, writeSixBit, "29 DC A6", "IPMI", "IMPI", "69 0B A7"},
       {"six bits, two left over", readSixBit, writeSixBit, "29 DC", "IP", "PI", "70 DA"},
       {"nothing", readSixBit, writeSixBit, "", "", "", ""},
