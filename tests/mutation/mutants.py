@@ -105,7 +105,8 @@ def number_neighbours(text):
     base = {"0x": 16, "0b": 2, "0": 8, "": 10}[prefix.lower()]
     spelled = {16: "X", 2: "b", 8: "o", 10: "d"}[base]
     values = [v for v in (int(digits, base) + 1, int(digits, base) - 1) if v >= 0]
-    return [f"{prefix}{value:0{len(digits)}{spelled}}{suffix}" for value in values]
+    width = 0 if base == 10 else len(digits)  # zeros in front would make it octal
+    return [f"{prefix}{value:0{width}{spelled}}{suffix}" for value in values]
 
 
 def changed_letter(letter):

@@ -163,7 +163,7 @@ def including_units(tree):
 
 def suites_in(text):
     """The suites of GoogleTest's in a test file."""
-    return sorted(set(re.findall(r"^TEST(?:_[FP])?\((\w+),", text, re.MULTILINE)))
+    return set(re.findall(r"^TEST(?:_[FP])?\((\w+),", text, re.MULTILINE))
 
 
 class Tester:
@@ -199,10 +199,14 @@ class Tester:
         return [] if outcome.status == 0 else [test]
 
     def failures_nearby(self, test, file):
-        """Of a program that has a test file for this source, asked for those tests alone."""
-        beside = ROOT / "tests" / pathlib.Path(file).parent / f"{pathlib.Path(file).stem}_test.cpp"
-        suites = suites_in(beside.read_text()) if beside.exists() else []
-        return self.tree.failures_of(test, *suites) if suites else []
+        """Of a program of GoogleTest's, asked for the tests beside a source alone, then for its folder's."""
+        folder = ROOT / "tests" / pathlib.Path(file).parent
+        beside = folder / f"{pathlib.Path(file).stem}_test.cpp"
+        for tests in ([beside] if beside.exists() else [], folder.glob("*_test.cpp")):
+            suites = sorted({suite for each in tests for suite in suites_in(each.read_text())})
+            if suites and (failing := self.tree.failures_of(test, *suites)):
+                return failing
+        return []
 
     def in_order(self, tests, file):
         nearest = next((near for place, near in NEAREST.items() if file.startswith(place + "/")), ())

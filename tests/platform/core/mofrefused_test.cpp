@@ -160,6 +160,37 @@ TEST(MofRefused, TextsAndNumbersThatAreNone) {
   });
 }
 
+TEST(MofRefused, NumbersThatTheirTypeDoesNotHold) {
+  const struct {
+    const char* type;
+    const char* lowest;
+    const char* highest;
+    const char* tooLow;
+    const char* tooHigh;
+  } cases[] = {
+      {"uint8", "0", "255", "-1", "256"},
+      {"sint8", "-128", "127", "-129", "128"},
+      {"uint16", "0", "65535", "-1", "65536"},
+      {"sint16", "-32768", "32767", "-32769", "32768"},
+      {"uint32", "0", "4294967295", "-1", "4294967296"},
+      {"sint32", "-2147483648", "2147483647", "-2147483649", "2147483648"},
+      {"uint64", "0", "18446744073709551615", "-1", "18446744073709551616"},
+      {"sint64", "-9223372036854775808", "9223372036854775807", "-9223372036854775809",
+       "9223372036854775808"},
+  };
+  for (const auto& c : cases) {
+    const auto used = [&](const char* value) {
+      return errorOf({{"t.mof", std::string("Qualifier Mine : ") + c.type +
+                                    ", Scope(any);\n[Mine(" + value + ")] class A_B {};"}});
+    };
+    const std::string refused = std::string("t.mof:2:7: Mine has values of type ") + c.type;
+    EXPECT_EQ("taken", used(c.lowest)) << c.type;
+    EXPECT_EQ("taken", used(c.highest)) << c.type;
+    EXPECT_EQ(refused, used(c.tooLow)) << c.type;
+    EXPECT_EQ(refused, used(c.tooHigh)) << c.type;
+  }
+}
+
 TEST(MofRefused, WhatContradictsItself) {
   expectErrors({
       {"class A_B {}; class A_B {};", "2:21: the class \"A_B\" is declared already"},

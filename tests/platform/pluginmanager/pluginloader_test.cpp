@@ -42,7 +42,10 @@ bool isMapped(const std::filesystem::path& file) {
 class PluginLoaderTest : public testing::Test {
  protected:
   PluginLoaderTest() {
-    setCoreLogSink([this](const LogEntry& entry) { log_.push_back(entry.text); });
+    setCoreLogSink([this](const LogEntry& entry) {
+      log_.push_back(entry.text);
+      severities_.push_back(entry.severity);
+    });
   }
   ~PluginLoaderTest() override { setCoreLogSink({}); }
 
@@ -57,6 +60,7 @@ class PluginLoaderTest : public testing::Test {
   }
 
   std::vector<std::string> log_;
+  std::vector<int> severities_;  // of the entries of the log
   PluginLoader loader_;
 };
 
@@ -103,6 +107,7 @@ TEST_F(PluginLoaderTest, UnloadingGoesOnAfterAFailedDeInit) {
   loader_.load(pluginFile("failing")).reset();
   EXPECT_THAT(log_,
               ElementsAre("constructed", "DeInit failed: cannot", "PrepareForUnload", "destroyed"));
+  EXPECT_THAT(severities_, ElementsAre(3, 0, 3, 3));
   EXPECT_FALSE(isMapped(pluginFile("failing")));
 }
 

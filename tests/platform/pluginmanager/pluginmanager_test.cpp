@@ -15,6 +15,7 @@ TEST(PluginManagerNamespace, HasNoClasses) {
     FAIL() << "no exception";
   } catch (const TVELException& e) {
     EXPECT_EQ(5, e.GetCode());
+    EXPECT_EQ("the plug-in manager has no class KRXSG_Vpd", std::string(e.what()));
   }
 }
 
