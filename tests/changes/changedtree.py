@@ -90,7 +90,7 @@ class ChangedTree:
     def failures_of(self, program, *suites):
         """The first test of a program of GoogleTest's that fails, of these suites or of all; the program
         itself when it ends otherwise."""
-        chosen = [f"--gtest_filter={':'.join(f'{suite}.*' for suite in suites)}"] if suites else []
+        chosen = ["--gtest_filter=" + ":".join(f"{s}.*:*/{s}.*" for s in suites)] if suites else []
         outcome = run_limited(
             [self.binaries / "tests" / program, "--gtest_brief=1", "--gtest_fail_fast", *chosen],
             self.limits.get(program, SHORTEST_LIMIT), cwd=self.binaries)
