@@ -196,8 +196,7 @@ TEST(CommandLine, BadUsageIsOneLine) {
        "--help"},
       {{"query", "--timeout", "1e3"},
        "--timeout: \"1e3\" is no number of seconds from 0.001 to 1000000; see velhost --help"},
-      {{"query", "--reinit=maybe"},
-       "Could not convert: --reinit = maybe; see velhost --help"},
+      {{"query", "--reinit=maybe"}, "Could not convert: --reinit = maybe; see velhost --help"},
       {{"explain"}, "CLASS[.PROPERTY] is required; see velhost --help"},
       {{"explain", "A", "--node", "-1"},
        "--node: \"-1\" is no whole number from 0 to 4294967295; see velhost --help"},
@@ -219,8 +218,7 @@ TEST(CommandLine, BadUsageIsOneLine) {
       {{"record", "KRXSG_Vpd"}, "KRXSG_Vpd is not expected here; see velhost --help"},
       {{"record", "--output"}, "--output: 1 required FILE missing; see velhost --help"},
       {{"record", "--format", "json"}, "--format is no option here; see velhost --help"},
-      {{"record", "--force=maybe"},
-       "Could not convert: --force = maybe; see velhost --help"},
+      {{"record", "--force=maybe"}, "Could not convert: --force = maybe; see velhost --help"},
   };
   for (const auto& c : cases) EXPECT_EQ(c.complaint, complaintAbout(c.arguments));
 }
