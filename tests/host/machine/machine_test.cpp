@@ -73,9 +73,13 @@ TEST_F(LiveMachine, OneLineTellsAllThatWasRefused) {
 TEST_F(LiveMachine, ATableThatIsRefusedNeedsRoot) {
   fs::permissions(folder_ / "DMI", fs::perms::none);
   const uid_t user = ::geteuid();
-  if (user == 0) ASSERT_EQ(0, ::seteuid(65534));
+  if (user == 0) {
+    ASSERT_EQ(0, ::seteuid(65534));
+  }
   const Machine machine = liveMachine(folder_, ipmi(""));
-  if (user == 0) ASSERT_EQ(0, ::seteuid(user));
+  if (user == 0) {
+    ASSERT_EQ(0, ::seteuid(user));
+  }
   EXPECT_EQ(Lines{"cannot read " + (folder_ / "DMI").string() + ": Permission denied; " + kRoot},
             machine.unreadable);
 }
