@@ -21,7 +21,7 @@ QueryResult resultWith(const char* name) {
 }
 
 std::string answerText(Format format, const QueryContext& context) {
-  Answer answer(format, {}, context);
+  Answer answer(format, {}, Replies::kLeftOut, context);
   answer.add(resultWith("first"), kTime);
   answer.add(resultWith("last"), kTime);
   return answer.text();

@@ -217,7 +217,7 @@ TEST(CommandLine, BadUsageIsOneLine) {
       {{"check", "--format", "json"}, "--format is no option here; see velhost --help"},
       {{"record", "KRXSG_Vpd"}, "KRXSG_Vpd is not expected here; see velhost --help"},
       {{"record", "--output"}, "--output: 1 required FILE missing; see velhost --help"},
-      {{"record", "--format", "json"}, "--format is no option here; see velhost --help"},
+      {{"record", "--format", "json"}, "--format is no option here; did you mean --force?"},
       {{"record", "--force=maybe"}, "Could not convert: --force = maybe; see velhost --help"},
   };
   for (const auto& c : cases) EXPECT_EQ(c.complaint, complaintAbout(c.arguments));
