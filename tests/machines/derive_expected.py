@@ -160,6 +160,7 @@ class Namespace:
         self.missing = set(machine.get("missing_classes", []))
         self.faults = [dict(fault, calls=0) for fault in machine.get("faults", [])]
         self.published = []
+        self.collect = {}  # what enumerating a class first has its collector publish
         self.companions = {}
         for class_name, rows in machine.get("instances", {}).items():
             self.companions[class_name] = [self.companion(class_name, row) for row in rows]
@@ -198,6 +199,8 @@ class Namespace:
         """Class lookup and enumeration."""
         self.get_class(class_name)
         self.meet_faults("enumerate_instances", class_name)
+        if class_name in self.collect and class_name not in self.companions:
+            return self.collect[class_name]()
         return self.companions.get(class_name, [])
 
 
@@ -1257,8 +1260,7 @@ class PlugIn(SmbiosWalk, SystemBios, Diagnostics, SpFirmwareOfSmbios, DotCommand
 # The companions that a machine file lists
 
 
-def smbios_inventory_of(plug_in):
-    """The SMBIOS collector's instances."""
+def smbios_instances(plug_in):
     inventory = smbios_inventory.Inventory(
         plug_in.smbios, memory_maker, set_date_time,
         lambda text: plug_in.logs.note(0, f"SMBIOSInventory: {text}"))
@@ -1268,16 +1270,42 @@ def smbios_inventory_of(plug_in):
         yield instance
 
 
+def smbios_inventory_of(plug_in):
+    return lambda: list(smbios_instances(plug_in))
+
+
+class IpmiInventory:
+    """The IPMI collector's instances in one request. The FRU devices are asked for once, when the
+    firmware collector looks for them or behind the controller."""
+
+    def __init__(self, plug_in):
+        self.plug_in, self.known = plug_in, None
+        self.collector = ipmi_inventory.Collector(plug_in.sp.send_ipmi, plug_in.log)
+
+    def frus(self):
+        if self.known is None:
+            self.known = self.instances(ipmi_inventory.CLASSES[1], self.collector.frus())
+        return self.known
+
+    def all(self):
+        controllers = self.instances(ipmi_inventory.CLASSES[0], self.collector.controllers())
+        return controllers + self.frus()
+
+    def instances(self, class_name, found):
+        made = [Instance(self.plug_in.namespace, class_name) for _ in found]
+        for instance, values in zip(made, found):
+            instance.values = {name: latin(value) if isinstance(value, str) else value
+                               for name, value in values.items()}
+        return made
+
+
 def ipmi_inventory_of(plug_in):
-    """The IPMI collector's instances."""
-    for class_name, values in ipmi_inventory.Collector(plug_in.sp.send_ipmi, plug_in.log).collect():
-        instance = Instance(plug_in.namespace, class_name)
-        instance.values = {name: latin(value) if isinstance(value, str) else value
-                           for name, value in values.items()}
-        yield instance
+    inventory = IpmiInventory(plug_in)
+    plug_in.namespace.collect["KRXSG_IPMIFRU"] = inventory.frus
+    return inventory.all
 
 
-COMPANIONS = {  # its classes, and what it publishes
+COMPANIONS = {  # its classes, and what begins a request of it and tells what it then publishes
     "IPMIInventory": (ipmi_inventory.CLASSES, ipmi_inventory_of),
     "SMBIOSInventory": (["KRXSG_SystemFirmware", "KRXSG_ComputerSystem", "KRXSG_PhysicalMemory"],
                         smbios_inventory_of)}
@@ -1310,14 +1338,15 @@ def one_query(plug_in, requested, companions):
     plug_in.sp.traffic.clear()
     plug_in.namespace.published.clear()
     error = None
+    collected = [(names, begin(plug_in)) for names, begin in companions]
     try:
         plug_in.get_data(requested)
     except VelException as exception:
         error = {"exception": "TVELException", "code": exception.code, "what": None}
     except StdRuntimeError:
         error = {"exception": "std::runtime_error", "what": None}
-    for names, publish in companions:  # of their classes those that have instances are told
-        published = list(publish(plug_in))
+    for names, publish in collected:  # of their classes those that have instances are told
+        published = publish()
         filled = {instance.class_name for instance in published}
         requested = requested + [name for name in names if name in filled]
         plug_in.namespace.published += published

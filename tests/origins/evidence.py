@@ -41,8 +41,10 @@ def frus_of(described):
     """What the second witness finds; it puts the same questions."""
     if ipmi_inventory.NAME not in described.get("collectors", []):
         return []
+    # A BMC that stops answering is not asked for the records again.
+    records = ipmi_inventory.Collector(witness.SpLibrary(described).send_ipmi).locators()
     collector = ipmi_inventory.Collector(witness.SpLibrary(described).send_ipmi)
-    found, records = collector.frus(), collector.locators()
+    found = collector.frus()
     return [Fru(values, records.get(values["FRUDeviceID"]),
                 {name: data for (number, name), data in collector.good_areas.items()
                  if number == values["FRUDeviceID"]})

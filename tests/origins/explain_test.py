@@ -225,7 +225,7 @@ class Explain(unittest.TestCase):
         if outcome.views:
             return outcome.views
         wanted = proof.holding(lines, instance)
-        return [view for view in proof.all_views(wanted, machine)
+        return [view for view in proof.all_views(lines, wanted, machine)
                 if len({name for name, _ in proof.explained(view, wanted, instance)})
                 == len(instance.values)]
 

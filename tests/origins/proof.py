@@ -217,8 +217,7 @@ def placeholders(machine, sp, n, structure):
             "structure": None if structure is None else str(structure)}
 
 
-def views(lines, machine):
-    structures = list(structures_for(lines, machine))
+def views(lines, machine, structures):
     rest = [[*found(lines, machine), None] for found in (strings_for, companions_for, frus_for)]
     for replies in [*replies_for(lines, machine), ()]:
         for sp, n in numbers(machine, replies):
@@ -258,27 +257,30 @@ def is_whole(view, wanted, instance):
                for name, found in wanted)
 
 
-def all_views(wanted, machine):
-    return views([line for _, found in wanted for _, line in found], machine)
+def all_views(lines, wanted, machine):
+    """The structures are those of the whole class: one may have nothing but its number."""
+    structures = list(structures_for([line for found in lines.values() for line in found], machine))
+    return views([line for _, found in wanted for _, line in found], machine, structures)
 
 
-def nearest(wanted, instance, machine):
+def nearest(lines, wanted, instance, machine):
     """The properties that stay unexplained in the view that explains most."""
     known = [{name for name, _ in explained(view, wanted, instance)}
-             for view in all_views(wanted, machine)]
+             for view in all_views(lines, wanted, machine)]
     best = max(known, key=len)
     return [name for name in instance.values if name not in best]
 
 
 def prove(lines, instance, machine):
     wanted = holding(lines, instance)
-    whole = [view for view in all_views(wanted, machine) if is_whole(view, wanted, instance)]
+    whole = [view for view in all_views(lines, wanted, machine)
+             if is_whole(view, wanted, instance)]
     used = set().union(*(explained(view, wanted, instance) for view in whole))
-    return Outcome(whole, used, [] if whole else nearest(wanted, instance, machine))
+    return Outcome(whole, used, [] if whole else nearest(lines, wanted, instance, machine))
 
 
 def still_proven(lines, instance, machine, outcome):
     """Whether other lines explain the instance too; the views of an earlier proof come first."""
     wanted = holding(lines, instance)
     return any(is_whole(view, wanted, instance)
-               for view in itertools.chain(outcome.views, all_views(wanted, machine)))
+               for view in itertools.chain(outcome.views, all_views(lines, wanted, machine)))
