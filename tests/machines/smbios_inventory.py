@@ -38,8 +38,8 @@ MEMORY_TYPES = {  # 7.18.2
 
 
 def whole_string(strings, number):
-    """The string of a set, however long; "" when there is none."""
-    texts = strings.partition(b"\0\0")[0].split(b"\0")
+    """The string of a set, however long; "" when there is none. An empty one ends the set."""
+    texts = strings.partition(b"\0\0")[0].split(b"\0") if strings[:1] != b"\0" else []
     return texts[number - 1].decode("latin-1") if 1 <= number <= len(texts) else ""
 
 
