@@ -5,7 +5,7 @@
 # Sourced by ./run, ./test, .ci/check and tests/coverage/coverage.
 
 build_packages=(g++ cmake ninja-build libboost-dev nlohmann-json3-dev libcli11-dev libudev-dev)
-test_packages=(libgtest-dev libgmock-dev pkgconf python3 python3-jsonschema
+test_packages=(libgtest-dev libgmock-dev librapidcheck-dev pkgconf python3 python3-jsonschema
   python3-prometheus-client python3-html5lib dmidecode valgrind jq man-db mandoc)
 browser_packages=(chromium-headless-shell poppler-utils)
 fleet_packages=(prometheus prometheus-alertmanager prometheus-node-exporter systemd strace)
