@@ -5,22 +5,20 @@
 // definitions allow: no more of a FRU device than it told to have, no piece larger than a reply.
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <map>
 
 #include "collectors/ipmiinventory/fruinventory.h"
 #include "collectors/ipmiinventory/sdrrepository.h"
+#include "tests/fuzz/require.h"
 #include "vel/utf8.h"
 
 using namespace ipmiinventory;
 
 namespace {
 
-constexpr std::size_t kMostInAReply = 250;
+using fuzz::require;
 
-void require(bool condition) {
-  if (!condition) std::abort();
-}
+constexpr std::size_t kMostInAReply = 250;
 
 class AnyBmc : public Bmc {
  public:

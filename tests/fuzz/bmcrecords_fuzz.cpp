@@ -3,20 +3,18 @@
 // The bytes as an SDR, as the data of Get Device ID and Get Device GUID, and as a FRU device's common
 // header. What they give are texts, and numbers that the definitions allow.
 #include <cstdint>
-#include <cstdlib>
 
 #include "collectors/ipmiinventory/deviceid.h"
 #include "collectors/ipmiinventory/frucommonheader.h"
 #include "collectors/ipmiinventory/sdrrecord.h"
+#include "tests/fuzz/require.h"
 #include "vel/utf8.h"
 
 using namespace ipmiinventory;
 
 namespace {
 
-void require(bool condition) {
-  if (!condition) std::abort();
-}
+using fuzz::require;
 
 void locate(ByteSpan record) {
   const auto header = parseSdrHeader(record);

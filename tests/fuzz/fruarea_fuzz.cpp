@@ -5,17 +5,19 @@
 // once, and does not depend on what is behind the area; a wrong checksum gives none.
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <numeric>
 #include <set>
 #include <string_view>
 
 #include "collectors/ipmiinventory/fruarea.h"
+#include "tests/fuzz/require.h"
 #include "vel/utf8.h"
 
 using namespace ipmiinventory;
 
 namespace {
+
+using fuzz::require;
 
 constexpr std::size_t kLongest = 2040;
 
@@ -23,10 +25,6 @@ bool isKnown(const FruAreaLayout& layout, std::string_view name) {
   return std::ranges::find(layout.properties, name) != layout.properties.end() ||
          (layout.byteProperty != nullptr && name == layout.byteProperty) ||
          (layout.dateProperty != nullptr && name == layout.dateProperty);
-}
-
-void require(bool condition) {
-  if (!condition) std::abort();
 }
 
 void decode(const FruAreaLayout& layout, const Bytes& area, bool isMended) {

@@ -5,21 +5,19 @@
 // has a good one after a byte of it has changed.
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 
 #include "host/recording/fruareas.h"
 #include "host/recording/fruimage.h"
 #include "host/recording/packedtext.h"
+#include "tests/fuzz/require.h"
 
 using namespace velhost;
 
 namespace {
 
-using NKRXVEL20::host::SimulatedSP;
+using fuzz::require;
 
-void require(bool condition) {
-  if (!condition) std::abort();
-}
+using NKRXVEL20::host::SimulatedSP;
 
 SimulatedSP readsOf(const Bytes& device, std::size_t piece) {
   SimulatedSP sp;

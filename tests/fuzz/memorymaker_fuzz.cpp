@@ -4,11 +4,13 @@
 // and does so in letters of either case.
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 
 #include "collectors/smbiosinventory/memorymaker.h"
+#include "tests/fuzz/require.h"
 
 namespace {
+
+using fuzz::require;
 
 bool isCode(std::string_view text) {
   constexpr std::string_view kDigits = "0123456789ABCDEFabcdef";
@@ -29,7 +31,7 @@ std::string upperCase(std::string text) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string text(data, data + size);
   const std::string maker = smbiosinventory::makerOfIdText(text);
-  if (!maker.empty() && !isCode(text)) std::abort();
-  if (maker != smbiosinventory::makerOfIdText(upperCase(text))) std::abort();
+  require(maker.empty() || isCode(text), "what names a maker is a code");
+  require(maker == smbiosinventory::makerOfIdText(upperCase(text)), "letters of either case do");
   return 0;
 }

@@ -4,16 +4,18 @@
 // end makes no difference, texts are texts of the structure, and dates are dates.
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <vector>
 
 #include "collectors/smbiosinventory/computersystem.h"
 #include "collectors/smbiosinventory/physicalmemory.h"
 #include "collectors/smbiosinventory/systemfirmware.h"
+#include "tests/fuzz/require.h"
 
 using namespace smbiosinventory;
 
 namespace {
+
+using fuzz::require;
 
 Record everything(Bytes bytes) {
   const Structure structure(bytes);
@@ -58,9 +60,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::vector<unsigned char> bytes(data, data + size);
   const Record record = everything(bytes);
   const std::vector<unsigned char> alone(data, data + sizeOf(bytes));
-  if (record != everything(alone)) std::abort();
+  require(record == everything(alone), "what stands behind makes no difference");
   for (const Property& property : record) {
-    if (!isText(property, bytes) || !isDate(property)) std::abort();
+    require(isText(property, bytes) && isDate(property), property.name);
   }
   return 0;
 }
