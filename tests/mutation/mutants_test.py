@@ -151,6 +151,11 @@ class Order(unittest.TestCase):
         self.assertEqual(["host_test", "velhost_test", "explain", "report"],
                          tester.in_order(tester.tree.limits, "host/main.cpp"))
 
+    def test_or_the_nearest_alone(self):
+        sources = {"host/report/html.cpp": "", "host/text/utf8.cpp": "", "platform/core/log.cpp": ""}
+        self.assertEqual(("host_test",), mutate.Tester(0, near=True).in_order((), "host/report/html.cpp"))
+        self.assertEqual(["host_test", "vel_core_test"], mutate.tests_of("host", sources, True))
+
 
 class FiguresOfAFolder(unittest.TestCase):
     def test_what_does_not_compile_is_not_tried(self):

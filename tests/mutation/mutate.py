@@ -3,13 +3,15 @@
 """Makes random changes of one place each to the sources, builds and runs the tests, and tells which
 test saw each one. A change that no test sees is one that nobody would notice.
 
-    tests/mutation/mutate.py [--folder FOLDER]... [--count N] [--seed N] [--jobs N] [--again FILE]
+    tests/mutation/mutate.py [--folder FOLDER]... [--count N] [--seed N] [--jobs N] [--near]
+                             [--again FILE]
 
 FOLDERs (or single files) are those of the product; of each N changes that compile are tried, by
 default 40. The kinds of changes (conditions, constants, operators, severities, statements, texts) take
 turns. Changes that do not compile are not counted; those that nobody can see are listed, with the
 reason, in unseen.toml beside this script: they count as tried and are not run. What nobody saw goes to
-build-mutation/unseen.toml, in the form of that list; --again tries the changes of such a list.
+build-mutation/unseen.toml, in the form of that list; --again tries the changes of such a list. --near
+asks only the tests beside a source and in its folder, which is quick, and less than all see.
 
 The work tree is left alone: a copy of what git has in HEAD, or stands uncommitted, is changed and
 built in build-mutation/, one for each job. Exit status: 0 when every change was seen or is listed, 1
@@ -67,8 +69,10 @@ TESTS = {**{folder: PLUGIN_TESTS for folder in FOLDERS[:5]}, "platform": PLATFOR
 NEAREST = {**{folder: (f"firmware_{folder}_tests",) for folder in FOLDERS[:5]},
            **{f"platform/{library}": (f"vel_{library}_test",)
               for library in ("core", "pluginmanager", "smbios", "spdriver")},
+           "platform": ("vel_core_test",),
            **{f"collectors/{name}": (f"{name}_tests",)
               for name in ("deviceinventory", "ipmiinventory", "smbiosinventory")},
+           "collectors": ("collectorsupport_tests",),
            "host/comparison": ("host_test", "comparison"),
            "host/explanation": ("host_test", "explain"),
            "host/files": ("host_test", "files_sweep_tests"),
@@ -166,11 +170,16 @@ def suites_in(text):
     return set(re.findall(r"^TEST(?:_[FP])?\((\w+),", text, re.MULTILINE))
 
 
-class Tester:
-    """Builds and runs tests of a changed tree."""
+def nearest_of(file):
+    return next((tests for place, tests in NEAREST.items() if file.startswith(place + "/")), ())
 
-    def __init__(self, job):
+
+class Tester:
+    """Builds and runs tests of a changed tree, or only those near to the change."""
+
+    def __init__(self, job, near=False):
         self.tree = ChangedTree(WORK / str(job))
+        self.near = near
         self.commands = {}
 
     def prepare(self, tests):
@@ -209,7 +218,9 @@ class Tester:
         return []
 
     def in_order(self, tests, file):
-        nearest = next((near for place, near in NEAREST.items() if file.startswith(place + "/")), ())
+        nearest = nearest_of(file)
+        if self.near:
+            return nearest[:1]
         others = sorted(set(tests) - set(nearest), key=lambda test: (self.tree.limits[test], test))
         return [*(test for test in nearest if test in tests), *others]
 
@@ -220,7 +231,7 @@ class Tester:
                 if self.tree.build(*self.targets_of(test)):
                     return DOES_NOT_COMPILE
                 nearby = [] if test in self.commands else self.failures_nearby(test, mutant.file)
-                if failing := nearby or self.failures_of(test):
+                if failing := nearby or (not self.near and self.failures_of(test)):
                     return failing[0]
         return ""
 
@@ -280,8 +291,14 @@ class FolderRun:
             self.note(mutant, "" if skipped else tester.seen_by(mutant, source, self.tests))
 
 
+def tests_of(folder, sources, near):
+    if near:
+        return sorted({test for file in sources for test in nearest_of(file)[:1]})
+    return TESTS[folder.split("/")[0]]
+
+
 def try_folder(testers, folder, candidates, sources, listed, count):
-    tests = TESTS[folder.split("/")[0]]
+    tests = tests_of(folder, sources, testers[0].near)
     for tester in testers:
         tester.prepare(tests)
     units = including_units(testers[0].tree)
@@ -309,7 +326,7 @@ def try_folders(arguments):
     listed = read_list(LISTED)
     listed_mutants(listed, {file: text for folder in FOLDERS
                             for file, text in sources_in(folder).items()})
-    testers = [Tester(job) for job in range(arguments.jobs)]
+    testers = [Tester(job, arguments.near) for job in range(arguments.jobs)]
     unseen = []
     for folder in arguments.folder or FOLDERS:
         sources = sources_in(folder)
@@ -329,6 +346,7 @@ def main():
     parser.add_argument("--count", type=int, default=40, help="changes tried of each folder")
     parser.add_argument("--seed", default="1", help="another seed takes other changes")
     parser.add_argument("--jobs", type=int, default=1, help="copies of the tree that are worked on at once")
+    parser.add_argument("--near", action="store_true", help="ask only the tests near to a change")
     parser.add_argument("--again", metavar="FILE", help="try the changes of this list")
     return try_folders(parser.parse_args())
 
