@@ -246,6 +246,19 @@ TEST_F(NodeDiagnosticsTest, ZeroByteEndsAFieldEarly) {
   EXPECT_EQ(collect(), (std::vector<Properties>{node("1", ""), node("2", "DI")}));
 }
 
+TEST_F(NodeDiagnosticsTest, FieldsMayFillTheirPlaces) {
+  SimulatedSP description = dotCommandSP(2);
+  answer(description, kCommand,
+         joined({text("HD", 2), text("SIG", 3), text("L", 1), text("xxxxxxx", 7),
+                 text("DSYT42ABC", 9), text("KQ1234X", 7), text("0123456789A", 11),
+                 text("5010AC1", 7), text("xxxxxxxxx", 9), text("DIAGSVPD.IMG", 12), text("9", 1)}),
+         0);
+  useSP(description);
+  Properties expected = node("1", "DIAGSVPD.IMG");
+  expected[3] = "BuildNumber=DSYT42ABC";
+  EXPECT_EQ(collect(), (std::vector<Properties>{expected}));
+}
+
 TEST_F(NodeDiagnosticsTest, EachRefusalIsLoggedAndEndsTheNodes) {
   constexpr char kBuildNumber[] = "KRXSG_DiagnosticVPD: Error adding Build Number";
   const struct {

@@ -212,6 +212,7 @@ TEST_F(ParseVpdTest, NegativeLengthMovesTheOffsetBack) {
       {"a number of no bytes is the first", {"b|0|B|", "a|1|C|"}, "49", "1"},
       {"a number of a negative length too", {"r|2|R|", "b|-2|B|", "a|1|C|"}, "51", "1"},
       {"a text of a negative length is empty", {"r|2|R|", "a|-1|C|", "b|1|B|"}, "50", ""},
+      {"without a length before, none is kept", {"r|", "b|1|B|", "a|1|C|"}, "49", "2"},
       {"far beyond every buffer",
        {"r|2147483647|R|", "r|2147483647|R|", "b|-2147483648|B|", "r|-2147483646|R|", "a|1|C|"},
        "0",
