@@ -136,5 +136,88 @@ TEST_F(MachineExplained, NothingThereIsTold) {
       text.substr(text.find("On a")));
 }
 
+// A class of which nothing was seen but its one instance.
+class DeviceExplained : public ::testing::Test {
+ protected:
+  static QueryResult resultWith(const char* className,
+                                const NKRXVEL20::host::PropertyList& properties) {
+    QueryResult result;
+    result.states = {{className, "DeviceInventory", State::kPresent, "", {}}};
+    result.instances = {{className, properties}};
+    return result;
+  }
+
+  static std::string explained(const QueryResult& result, const char* property) {
+    const auto& cimClass = *findClass(result.states.front().className);
+    const std::string text =
+        propertyOnMachine({cimClass, {"file", "srv1", {}}, result, {}, std::nullopt, 80},
+                          *findProperty(cimClass, property));
+    return text.substr(text.find("On srv1"));
+  }
+
+  QueryResult result_ = resultWith("KRXSG_USBDevice", {{"DeviceID", TCIMValue("USB\\VID_1")},
+                                                       {"Description", TCIMValue("A hub")}});
+};
+
+TEST_F(DeviceExplained, WhatTheCollectorAloneSeesIsNotConfirmed) {
+  EXPECT_EQ(
+      "On srv1: 1 instance; present\n"
+      "\n"
+      "Lines that gave no value here:\n"
+      "  Sysfs.Linux|usb_device|as {manufacturer} {product}\n"
+      "\n"
+      "From what the collector alone sees:\n"
+      "  USB\\VID_1: \"A hub\"\n",
+      explained(result_, "Description"));
+}
+
+TEST_F(DeviceExplained, WhereTheSchemaHasNoLineThatIsTold) {
+  EXPECT_EQ(
+      "On srv1: 1 instance; present\n"
+      "\n"
+      "The schema does not tell where these come from:\n"
+      "  instance 1: \"1\"\n",
+      explained(resultWith("KRXSG_PostBIOSVPD", {{"Version", TCIMValue("1")}}), "Version"));
+}
+
+TEST_F(DeviceExplained, AClassEndsWithWhatElseThereIs) {
+  const auto& cimClass = *findClass("KRXSG_USBDevice");
+  const std::string text =
+      classOnMachine({cimClass, {"file", "srv1", {}}, result_, {}, std::nullopt, 80});
+  EXPECT_TRUE(text.ends_with(
+      "\n\nWith a property behind the class, KRXSG_USBDevice.PROPERTY, the bytes of each\n"
+      "  instance are shown.\n"))
+      << text;
+  EXPECT_NE(std::string::npos, text.find("\n\nIt is USB\\VID_1:\n")) << text;
+  EXPECT_NE(std::string::npos,
+            text.find("  Description  \"A hub\"\n      what the collector alone sees\n"))
+      << text;
+}
+
+TEST_F(MachineExplained, BytesThatAreNotThereCountAsZero) {
+  evidence_.replies = {dimmReply(0, 1, "P1")};
+  evidence_.replies.front().bytes.resize(80);
+  result_.instances = {dimm("DIMM 1", "P1")};
+  const std::string text = explained("PartNumber");
+  EXPECT_NE(
+      std::string::npos,
+      text.find("    SP 1, dot command 04 03 05 0B 01, data 00 00 7F 00: 80 bytes in reply; the\n"
+                "      last 11 bytes are not there and count as zero\n"
+                "      73  50 31 00 00 00 00 00 00 00 00 00 00 00 00 00 00  |P1..............|\n"
+                "      89  00 00                                            |..|\n"))
+      << text;
+}
+
+TEST_F(MachineExplained, TheFirstStepsOfMany) {
+  result_.states.front().steps.assign(32, "step");
+  const std::string all = explained("PartNumber");
+  EXPECT_TRUE(all.ends_with("\n  step\n")) << all;
+  result_.states.front().steps.assign(35, "step");
+  const std::string some = explained("PartNumber");
+  EXPECT_TRUE(some.ends_with("\n  step\n  and 3 more, which query --why tells\n")) << some;
+  EXPECT_EQ(all.size() + std::string("  and 3 more, which query --why tells\n").size(),
+            some.size());
+}
+
 }  // namespace
 }  // namespace velhost

@@ -57,6 +57,9 @@ TEST(OriginWords, EveryFormOfLineHasASentence) {
       {"Derived.VEL|{label}DIMM {n}",
        "made up: \"{label}DIMM {n}\" ({label} \"Node N: \" where there are several SPs, {n} the "
        "component's number)"},
+      {"Derived.VEL|{sp} {node} {structure}",
+       "made up: \"{sp} {node} {structure}\" ({sp} the number of the SP that was asked, {node} the "
+       "number of the node, {structure} the number of the structure among those of its type)"},
       {"Mine.ELSE|sensor 3\x1B[2J", "Mine.ELSE|sensor 3\x1B[2J"},
   };
   for (const auto& c : cases) EXPECT_EQ(c.words, originInWords(originOf(c.line))) << c.line;

@@ -123,12 +123,60 @@ TEST(Rules, MakeDates) {
 }
 
 TEST(Rules, HaveWords) {
-  EXPECT_EQ("the text up to the first zero byte; a blank for nothing",
-            ruleInWords("text or blank"));
-  EXPECT_EQ("what stands before the first \"-\"", ruleInWords("before -"));
-  EXPECT_EQ("what stands between the first \"A_\" and the first \"&\" behind it",
-            ruleInWords("between A_ and &"));
-  EXPECT_EQ("a rule of somebody else's", ruleInWords("a rule of somebody else's"));
+  const struct {
+    const char* rule;
+    const char* words;
+  } cases[] = {
+      {"text", "the text up to the first zero byte"},
+      {"text or blank", "the text up to the first zero byte; a blank for nothing"},
+      {"decimal", "the byte as a decimal number"},
+      {"hex bytes", "two hexadecimal digits a byte"},
+      {"hex digits", "two hexadecimal digits a byte; nothing where all are zero"},
+      {"date", "a date: MM/DD/YY, MM/DD/YYYY, MM-DD-YYYY or YYYY-MM-DD"},
+      {"level", "letters, digits and .()[] only"},
+      {"letters and digits", "letters and digits only"},
+      {"version part",
+       "letters and digits only; of these the digits in front, otherwise those at the end"},
+      {"build part",
+       "letters and digits only; of these what is left without the digits in front, otherwise "
+       "without those at the end"},
+      {"numeric version part",
+       "letters and digits only, digits first: of these the digits in front, otherwise those at "
+       "the end; a blank where a letter is among them"},
+      {"shift 16", "the number, 16 bits higher"},
+      {"low nibble", "the number of the lower four bits"},
+      {"16-bit number", "a number of 16 bits, the lowest byte first"},
+      {"20-bit number", "a number of 20 bits, the lowest byte first"},
+      {"BCD version",
+       "seven bits of the first byte in decimal, a point, the two digits of the second"},
+      {"IPMI version", "the lower digit, a point, the higher digit"},
+      {"GUID", "hexadecimal digits from the last byte to the first, in groups"},
+      {"minutes since 1996", "minutes since 1996, the lowest byte first"},
+      {"typed text",
+       "a text behind a byte that gives its encoding and length, without blanks around it"},
+      {"JEP106 maker", "the maker with that JEDEC JEP106 code"},
+      {"trimmed", "the text without the blanks at its end"},
+      {"month/day/year", "a date: MM/DD/YY or MM/DD/YYYY"},
+      {"major.minor", "the two bytes in decimal with a point between them"},
+      {"number", "the number without bit 31, the lowest byte first"},
+      {"not zero", "whether the number is not 0"},
+      {"bit 3", "whether bit 3 is set"},
+      {"UUID", "hexadecimal digits in groups, the first three with their lowest byte first"},
+      {"ROM size", "so many blocks of 64 KB and one more, in bytes"},
+      {"extended ROM size", "so many MB or GB, as bits 14 and 15 say, in bytes"},
+      {"memory size", "so many MB, or KB where bit 15 is set, in bytes"},
+      {"extended memory size", "so many MB, in bytes"},
+      {"chassis type", "the standard's name of that chassis type (DSP0134, 7.4.1)"},
+      {"form factor", "the standard's name of that form factor (DSP0134, 7.18.1)"},
+      {"memory type", "the standard's name of that memory type (DSP0134, 7.18.2)"},
+      {"JEP106 text", "the maker with the JEDEC JEP106 code that the text is, otherwise the text"},
+      {"JEP106 module maker", "the maker by the two bytes of the module's JEDEC JEP106 code"},
+      {"before -", "what stands before the first \"-\""},
+      {"between A_ and &", "what stands between the first \"A_\" and the first \"&\" behind it"},
+      {"a rule of somebody else's", "a rule of somebody else's"},
+      {"somebody else's or blank", "somebody else's; a blank for nothing"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(c.words, ruleInWords(c.rule)) << c.rule;
 }
 
 }  // namespace

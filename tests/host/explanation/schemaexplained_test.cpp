@@ -36,6 +36,7 @@ class MINE_Fan : CIM_Base {
                     "Constant.VEL|0" }] uint16 State;
   [Description("Level"), MaxLen(8)] string Version;
 };
+[Description("Other fan"), LeftTo { "MINE_Fan" }] class MINE_Other {};
 )";
 
 class SchemaExplained : public ::testing::Test {
@@ -103,6 +104,14 @@ TEST_F(SchemaExplained, ANotationOfItsCollectorsOwnStandsAsItIs) {
       "MINE_Fan.Version: Level\n  type       string, at most 8 characters\n"
       "  no collector ever fills it\n",
       propertyExplained(fan_, *host::findProperty(fan_, "Version"), 60));
+}
+
+TEST_F(SchemaExplained, AClassMayBeAnybodys) {
+  EXPECT_EQ(
+      "MINE_Other: Other fan\n"
+      "  collector  whoever adds instances\n"
+      "  left to    MINE_Fan, where that has instances\n",
+      classHead(*host::findClass(*schema_, "MINE_Other"), 60));
 }
 
 TEST_F(SchemaExplained, AnAbstractClassHasNoCollector) {
