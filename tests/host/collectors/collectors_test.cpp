@@ -86,6 +86,7 @@ TEST(Collectors, AQuestionThatLeadsBackGetsNoInstances) {
              "KRXSG_TapeDrive leads back to DeviceInventory, which is being asked: no "
              "instances of it"}),
       logOf(result));
+  EXPECT_EQ(1, result.coreLog.back().severity);
 }
 
 TEST(Collectors, NothingIsLoadedThatTheRequestDoesNotNeed) {

@@ -223,5 +223,27 @@ TEST(MachineView, PropertiesAreShownAsPeopleReadThem) {
   EXPECT_EQ("Running", properties[1].value);
 }
 
+TEST(MachineView, AbsenceIsNotToldByAFileWithoutStates) {
+  const struct {
+    State state;
+    const char* told;
+    const char* untold;
+  } cases[] = {
+      {State::kPresent, "present", "present"},
+      {State::kPartial, "partial", "partial"},
+      {State::kAbsent, "absent", "not told"},
+      {State::kElsewhere, "elsewhere", "elsewhere"},
+      {State::kUnused, "unused", "unused"},
+      {State::kUnanswered, "unanswered", "unanswered"},
+      {State::kUnreadable, "unreadable", "unreadable"},
+      {State::kForbidden, "forbidden", "forbidden"},
+      {State::kFailed, "failed", "failed"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(c.told, fillingName(shownFilling(c.state, true)));
+    EXPECT_EQ(c.untold, fillingName(shownFilling(c.state, false)));
+  }
+}
+
 }  // namespace
 }  // namespace velhost

@@ -54,6 +54,7 @@ TEST(ReportPage, WhatIsToldDependsOnHowManyMachinesThereAre) {
     const std::string page = pageOf(c.names);
     EXPECT_TRUE(has(page, c.title)) << c.title;
     EXPECT_EQ(c.hasOverview, has(page, "<h2 id=\"machines\">")) << c.title;
+    EXPECT_EQ(c.hasOverview, has(page, "<h2 id=\"levels\">")) << c.title;
     EXPECT_EQ(c.hasChanges, has(page, "<h2 id=\"changes\">")) << c.title;
     for (std::size_t i = 0; i < c.names.size(); ++i) {
       EXPECT_TRUE(has(page, "<h2 id=\"m" + std::to_string(i + 1) + "\"><bdi>" + c.names[i])) << i;
