@@ -117,6 +117,21 @@ TEST(JsonDocument, AComplaintShowsKeysInPartAndNothingUnseen) {
   }
 }
 
+TEST(JsonDocument, AListHasNoMoreEntriesThanItMay) {
+  const Json document = parseDocument(R"({"a": [1, 2, 3]})");
+  int sum = 0;
+  const auto readMost = [&](std::size_t most) {
+    Cursor(document).eachMember([&](const std::string&, const Cursor& list) {
+      list.eachElement([&](const Cursor& element) { sum += element.integer<int>(); }, most);
+    });
+  };
+  EXPECT_THAT([&] { readMost(2); },
+              testing::ThrowsMessage<DocumentError>(" /a: has more than 2 entries"));
+  EXPECT_EQ(0, sum) << "nothing is read of it";
+  readMost(3);
+  EXPECT_EQ(6, sum);
+}
+
 TEST(JsonDocument, TheParsersWordsAreShortened) {
   const std::string complaint = complaintAbout("\"" + std::string(5'000'000, 'k'));
   EXPECT_EQ(0U, complaint.find("1:5000002: syntax error while parsing value")) << complaint;

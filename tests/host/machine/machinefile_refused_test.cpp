@@ -105,6 +105,10 @@ TEST(MachineFileRefused, Smbios) {
       {R"("dump": "a\u0000b")", "/smbios/dump: a zero byte would end the name"},
       {R"("dump": "/")", "/smbios/dump: cannot read /: it is a folder, not a regular file"},
       {R"("dump": 5)", "/smbios/dump: must be a text"},
+      {"\"dump\": \"" MACHINES_DIR "/two-nodes.json\"",
+       "/smbios/dump: " MACHINES_DIR
+       "/two-nodes.json: it does not begin with an SMBIOS entry point "
+       "(_SM3_, _SM_ or _DMI_)"},
       {R"("structures": {})", "/smbios/structures: must be a list"},
       {R"("table": "")", "/smbios/table: unknown key"},
   };
