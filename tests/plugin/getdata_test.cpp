@@ -236,6 +236,8 @@ TEST_F(GetDataTest, ClassAndInstanceAreCalledWithEmptyMaps) {
   plugin.GetData(ns, classes);
 }
 
+TEST_F(GetDataTest, SystemBiosHasNoList) { EXPECT_EQ(plugin.instancesOf(8), nullptr); }
+
 TEST_F(GetDataTest, RetrieveInstancesIgnoresNamesWithoutAList) {
   plugin.retrieveInstances("KRXSG_SystemBIOS");
   plugin.retrieveInstances("krxsg_vpd");

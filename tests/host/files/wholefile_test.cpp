@@ -186,5 +186,16 @@ TEST_F(WholeFile, TellsEachFailureAndLeavesNothingOpen) {
   }
 }
 
+TEST(Descriptor, OneThatIsMovedIsClosedOnce) {
+  ScriptedFiles files;
+  {
+    Descriptor first(files, ::dup(STDIN_FILENO));
+    const Descriptor second(std::move(first));
+    EXPECT_EQ(-1, first.get());
+    EXPECT_LE(0, second.get());
+  }
+  EXPECT_EQ(std::vector<std::string>{"close"}, files.calls);
+}
+
 }  // namespace
 }  // namespace velhost
