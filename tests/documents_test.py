@@ -38,16 +38,21 @@ NOT_RUN = {
         "tools/build-packages",
         "tools/test-packages",
         "cmake --preset dev && cmake --build --preset dev && ctest --preset dev",
-        "cmake --preset asan+ubsan && cmake --build --preset asan+ubsan",
         "cmake --preset release -DSPFW_BENCH=ON && cmake --build --preset release",
     ],
     "the build folder may be another one than that of this test": [
         "ctest --preset dev -R '^documents$'",
         "build-dev/bin/velhost query --machine machines/two-nodes.json",
-        "build-sanitize/tests/dmidump_fuzz -max_total_time=60",
-        "mkdir found && build-sanitize/tests/mof_fuzz -max_total_time=60 found schema",
     ],
     "takes its time, and tells how much": [
+        "tests/fuzz/fuzz_long 60",
+        "tests/fuzz/fuzz_long 3600 machinefile_fuzz",
+        "RC_PARAMS=\"seed=$RANDOM max_success=10000\" build/tests/properties_tests "
+        "--gtest_filter='*Redaction*'",
+        "tests/mutation/mutate.py --near --folder host --count 60",
+        "tests/mutation/mutate.py --near --folder platform --count 40",
+        "tests/mutation/mutate.py --near --folder smbios --folder spcommand --folder peripheral "
+        "--folder vpd --count 20",
         "build/bin/query_bench",
         "build/bin/firstread_bench",
         "build/tests/plugin_sweep_tests",
