@@ -85,7 +85,7 @@ Bytes field(unsigned char encoding, Bytes bytes) {
   constexpr std::size_t kMost = 0x3F;
   bytes.resize(std::min(bytes.size(), kMost));
   if (encoding == 3 && bytes.size() == 1) bytes.push_back(' ');  // one byte of text ends the fields
-  Bytes whole = {static_cast<unsigned char>(encoding << 6U | bytes.size())};
+  Bytes whole = {static_cast<unsigned char>(std::size_t{encoding} << 6U | bytes.size())};
   append(whole, bytes);
   return whole;
 }

@@ -15,8 +15,10 @@ namespace gen = rc::gen;
 constexpr int kMostSPs = 3;
 
 // A field of a reply that is more than any bytes.
+enum class Holds { kSerial, kNumber, kDate };
+
 struct Field {
-  enum { kSerial, kNumber, kDate } holds;
+  Holds holds;
   std::size_t offset;
   std::size_t size;
 };
@@ -30,7 +32,7 @@ struct Conversation {
 
 // What the firmware collector asks; the numbers of components run on from SP to SP.
 const std::vector<Conversation>& conversations() {
-  using enum decltype(Field::holds);
+  using enum Holds;
   static const std::vector<Conversation> kConversations = {
       {"04 03 05 06 01", nullptr, 40, {{kDate, 23, 8}}},
       {"04 03 05 06 02", nullptr, 40, {{kDate, 23, 8}}},
@@ -54,8 +56,8 @@ const std::vector<Conversation>& conversations() {
 }
 
 Bytes valueOf(const Field& field, const Identities& identities) {
-  if (field.holds == Field::kNumber) return identities.number;
-  if (field.holds == Field::kSerial) return serialField(identities, field.size);
+  if (field.holds == Holds::kNumber) return identities.number;
+  if (field.holds == Holds::kSerial) return serialField(identities, field.size);
   Bytes date = bytesOf(someText(identities));
   date.resize(field.size);
   return date;
