@@ -37,6 +37,7 @@ OTHER_SIDE = ("spy_recorder", "spy_core", "spy_pluginmanager", "spy_spdriver", "
               "spyplatform_machines", "tinyhost_tests")
 
 # The libraries of the compiler and the system; the last two under the sanitizers only.
+CLANGS_OWN = ("__asan_", "__ubsan_", "__sanitizer_cov_", "__sancov_")
 RUNTIME = re.compile(r"(libstdc\+\+|libgcc_s|libc|libm|ld-linux[-\w]*|libasan|libubsan)\.so\.\d+")
 
 # What the libraries' own headers read is found by reading these; GoogleTest reads the system's too.
@@ -145,7 +146,7 @@ def left_to_the_platform(file):
     known = set(runtime_names(file))
     return demangled([name for kind, name in symbols(file, "--undefined-only")
                       if name not in known and not (kind == "w" and not name.startswith("_Z"))
-                      and not name.startswith(("__asan_", "__ubsan_"))])
+                      and not name.startswith(CLANGS_OWN)])
 
 
 def compiled_in(file):
