@@ -72,13 +72,13 @@ void checkParts(const Bytes& bytes) {
   require(velhost::wholeStructure(*parts) == bytes, "its parts give it again");
 }
 
-// Each string that holds a mark is a blank then; everything else is as it was.
+// Each string that holds a mark is a blank then; everything else is as it was. A mark that stands, or begins,
+// in the formatted area takes more with it.
 void checkStrings(const Bytes& before, const Bytes& after) {
   velhost::SmbiosParts expected{};
   if (!readParts(before, expected)) return;
-  const Bytes data(expected.data);
-  const Bytes header(before.begin(), before.begin() + 4);
-  if (hasMark(data) || hasMark(header)) return;
+  const std::size_t reach = std::min(before.size(), before[1] + kMark.size() - 1);
+  if (hasMark({before.begin(), before.begin() + static_cast<std::ptrdiff_t>(reach)})) return;
   for (std::string& text : expected.strings) {
     if (text.find(kMark) != std::string::npos) text = " ";
   }
