@@ -179,10 +179,13 @@ def controllers(machine):
 
 
 def frus(machine):
-    """Those that a record locates at the BMC, and device 0 where it answers."""
+    """Those that a record locates at the BMC, and device 0 where it answers. A BMC that did not answer
+    for its GUID is not asked any more."""
     said = machine.ipmi("01 20 06 00 01 00 00 00 00")
     records = machine.records()
     if machine.has_odd_bmc() or not said or len(said[1]) < 11 or records is None:
+        return None
+    if not machine.ipmi("01 20 06 00 08 00 00 00 00"):
         return None
     if not said[1][5] & 0x02:
         records = []
