@@ -62,8 +62,9 @@ FruBytes FruDevice::readPiece(std::size_t offset, std::size_t count) {
   }
   FruBytes piece{{}, replyFault(reply, 1)};
   if (!piece.fault.empty()) return piece;
-  const std::size_t given =
+  std::size_t given =
       std::min({reply->data.front() * std::size_t{word_}, reply->data.size() - 1, count});
+  given -= given % word_;  // so that the next piece begins where this one ends
   piece.bytes.assign(reply->data.begin() + 1,
                      reply->data.begin() + 1 + static_cast<std::ptrdiff_t>(given));
   // So that a BMC which gives a byte at a time does not keep its reader busy for good.

@@ -52,6 +52,11 @@ TEST(FruDevice, ReadsAsMuchAsTheBmcGives) {
        8,
        256,
        ""},
+      {"half a word in the end",  // eleven bytes: the next word is the sixth
+       {kWords, {"0A 11 05 04 00 08", reply(11, 8)}, {"0A 11 05 09 00 03", reply(6, 3)}},
+       8,
+       16,
+       ""},
       {"fewer than asked for",
        {kBytes, {"0A 11 05 00 00 14", reply(12)}, {"0A 11 05 0C 00 08", reply(8)}},
        0,
