@@ -361,6 +361,7 @@ class Collector:
                 self.limit = 1 << (ask - 1).bit_length() - 1
                 continue
             more = said[1:][:said[0] * word][:ask]
+            more = more[:len(more) // word * word]
             if len(more) < min(ask, 8):
                 raise Bad("the BMC's answer is too short")
             data += more
