@@ -45,6 +45,8 @@ NOT_RUN = {
         "build-dev/bin/velhost query --machine machines/two-nodes.json",
     ],
     "takes its time, and tells how much": [
+        "RC_PARAMS=\"seed=11212026 max_success=1450\" build/tests/properties_tests",
+        "python3 bench/hostile_files.py build/bin/velhost",
         "tests/fuzz/fuzz_long 60",
         "tests/fuzz/fuzz_long 3600 machinefile_fuzz",
         "RC_PARAMS=\"seed=$RANDOM max_success=10000\" build/tests/properties_tests "
