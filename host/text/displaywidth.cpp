@@ -74,15 +74,16 @@ class Glyphs {
   std::string_view rest_;
 };
 
-// As many glyphs as fit in so many columns, which are fewer than the text's.
+// As many glyphs as fit in so many columns.
 std::string_view headOf(std::string_view text, std::size_t width) {
   std::size_t size = 0;
-  for (Glyphs glyphs(text);;) {
+  for (Glyphs glyphs(text); !glyphs.atEnd();) {
     const Glyph glyph = glyphs.next();
-    if (glyph.width > width) return text.substr(0, size);
+    if (glyph.width > width) break;
     width -= glyph.width;
     size += glyph.bytes.size();
   }
+  return text.substr(0, size);
 }
 
 // The same from the end. Glyphs are read forwards, so it looks no further back than they can reach.

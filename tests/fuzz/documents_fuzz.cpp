@@ -15,7 +15,6 @@
 #include "host/report/reportpage.h"
 #include "host/results/documentreading.h"
 #include "tests/fuzz/askedmachine.h"
-#include "tests/fuzz/jsonmutator.h"
 #include "tests/fuzz/outputchecks.h"
 #include "tests/fuzz/require.h"
 
@@ -128,16 +127,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(isClean(error.what()), "a refusal is clean");
   }
   return 0;
-}
-
-extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size,
-                                               std::size_t most, unsigned seed) {
-  return put(mutated(textOf(data, size), most, seed), data, most);
-}
-
-extern "C" std::size_t LLVMFuzzerCustomCrossOver(const std::uint8_t* data, std::size_t size,
-                                                 const std::uint8_t* other, std::size_t otherSize,
-                                                 std::uint8_t* out, std::size_t most,
-                                                 unsigned seed) {
-  return put(crossed(textOf(data, size), textOf(other, otherSize), seed), out, most);
 }

@@ -15,6 +15,7 @@
 #include "tests/fuzz/askedmachine.h"
 #include "tests/fuzz/bytesource.h"
 #include "tests/fuzz/require.h"
+#include "tests/support/firmwareclasses.h"
 #include "velhost/cimnamespace.h"
 #include "velhost/pluginloader.h"
 #include "velhost/rootobject.h"
@@ -33,18 +34,6 @@ constexpr int kMostComponents = 4;
 constexpr std::size_t kMostCommands = 400;  // for so many nodes and components
 constexpr std::size_t kTamberBuffer = 255;
 constexpr std::size_t kIpmiReply = 4;  // where it begins in the request's buffer
-
-constexpr const char* kClasses[] = {"KRXSG_DiagnosticVPD",
-                                    "KRXSG_PostBIOSVPD",
-                                    "KRXSG_SystemBIOSElement",
-                                    "KRXSG_HardwareRevisionLevel",
-                                    "KRXSG_Vpd",
-                                    "KRXSG_SPROMFirmwareVPDMain",
-                                    "KRXSG_SPROMFirmwareVPDBootROM",
-                                    "KRXSG_DeviceDriver",
-                                    "KRXSG_SystemBIOS",
-                                    "KRXSG_cKVM",
-                                    "KRXSG_USBTapeFirmwareElement"};
 
 // "": as the firmware table says. The others have ways of their own.
 constexpr const char* kMachineTypes[] = {"", "5010", "4210", "4320", "4430", "3105"};
@@ -170,7 +159,7 @@ void checkText(const RecordField& field, const std::string& text, const Said& sa
 }
 
 void checkRow(const host::PublishedInstance& row, const Said& said) {
-  require(std::ranges::find(kClasses, row.className) != std::end(kClasses),
+  require(std::ranges::find(kFirmwareClasses, row.className) != kFirmwareClasses.end(),
           "the class was asked for");
   const auto* const cimClass = host::findClass(row.className);
   for (const auto& [name, value] : row.properties) {
@@ -219,7 +208,7 @@ class Machine {
 
   std::vector<host::PublishedInstance> ask() {
     std::vector<boost::shared_ptr<ICIMClass>> classes;
-    for (const char* name : kClasses) classes.push_back(ns_->requestClass(name));
+    for (const char* name : kFirmwareClasses) classes.push_back(ns_->requestClass(name));
     plugin_->GetData(ns_, classes);
     return ns_->takePublished();
   }

@@ -26,7 +26,6 @@
 #include "host/results/documentreading.h"
 #include "host/text/utf8.h"
 #include "tests/fuzz/askedmachine.h"
-#include "tests/fuzz/jsonmutator.h"
 #include "tests/fuzz/outputchecks.h"
 #include "tests/fuzz/require.h"
 
@@ -192,16 +191,4 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (const auto machine = parsed(textOf(data, size))) checkMachine(*machine);
   return 0;
-}
-
-extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size,
-                                               std::size_t most, unsigned seed) {
-  return put(mutated(textOf(data, size), most, seed), data, most);
-}
-
-extern "C" std::size_t LLVMFuzzerCustomCrossOver(const std::uint8_t* data, std::size_t size,
-                                                 const std::uint8_t* other, std::size_t otherSize,
-                                                 std::uint8_t* out, std::size_t most,
-                                                 unsigned seed) {
-  return put(crossed(textOf(data, size), textOf(other, otherSize), seed), out, most);
 }

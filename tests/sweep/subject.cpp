@@ -5,6 +5,7 @@
 #include <new>
 
 #include "plugin/spfirmwarevpd.h"
+#include "tests/support/firmwareclasses.h"
 #include "tests/sweep/allocations.h"
 #include "tests/sweep/watch.h"
 #include "vel/exception.h"
@@ -17,20 +18,6 @@ namespace sweep {
 using namespace NKRXVEL20;
 
 namespace {
-
-constexpr const char* kClasses[] = {
-    "KRXSG_DiagnosticVPD",
-    "KRXSG_PostBIOSVPD",
-    "KRXSG_SystemBIOSElement",
-    "KRXSG_HardwareRevisionLevel",
-    "KRXSG_Vpd",
-    "KRXSG_SPROMFirmwareVPDMain",
-    "KRXSG_SPROMFirmwareVPDBootROM",
-    "KRXSG_DeviceDriver",
-    "KRXSG_SystemBIOS",
-    "KRXSG_cKVM",
-    "KRXSG_USBTapeFirmwareElement",
-};
 
 // The name of what comes out of the request; empty when nothing does.
 template <class Request>
@@ -66,7 +53,7 @@ Trace Subject::ask(const velhost::MachineFile& machine, Fault fault, AllocationF
   host::setMachineType(machine.machineType);
   host::setSmbiosTable(machine.smbios);
   std::vector<boost::shared_ptr<ICIMClass>> classes;
-  for (const char* name : kClasses) classes.push_back(watched(target->requestClass(name)));
+  for (const char* name : kFirmwareClasses) classes.push_back(watched(target->requestClass(name)));
   Watch watch(fault);
   watch.driver = watched(host::makeSimulatedSP(machine.sp));
   const auto ns = watched(target);
