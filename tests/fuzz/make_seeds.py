@@ -11,7 +11,7 @@ import sys
 
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
-import make_ipmi_seeds as ipmi  # noqa: E402
+import ipmi_seeds as ipmi  # noqa: E402
 
 LONGEST_MACHINE = 12000  # bytes of text; what is longer is too slow
 LONGEST_DOCUMENT = 12000

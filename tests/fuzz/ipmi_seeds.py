@@ -1,7 +1,5 @@
-#!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""make_ipmi_seeds.py FOLDER: writes the seeds of the fuzz targets of IPMI bytes, from the BMC of
-tests/machines/make_ordinary_bmc.py."""
+"""The seeds of the fuzz targets of IPMI bytes: what the BMC of tests/machines/make_ordinary_bmc.py says."""
 
 import pathlib
 import sys
@@ -40,16 +38,3 @@ def dialogue(**changes):
 
 
 DIALOGUES = {"ordinary": dialogue(), "small-reads": dialogue(most=8)}
-
-
-def main(folder):
-    for name, seeds in (("areas", AREAS), ("records", RECORDS), ("devices", DEVICES),
-                        ("dialogues", DIALOGUES)):
-        target = pathlib.Path(folder) / name
-        target.mkdir(parents=True, exist_ok=True)
-        for seed, data in seeds.items():
-            (target / seed).write_bytes(data)
-
-
-if __name__ == "__main__":
-    main(*sys.argv[1:])
