@@ -13,7 +13,7 @@ packaging_packages=(dpkg-dev debhelper lintian debootstrap autopkgtest)
 vm_packages=(qemu-system-x86 busybox-static openipmi libopenipmi-dev ipmitool)
 sanitizer_packages=(clang libclang-rt-dev)
 check_packages=(clang-format clang-tidy)
-coverage_packages=(clang-19 libclang-rt-19-dev llvm-19)
+coverage_packages=(acl clang-19 libclang-rt-19-dev llvm-19)
 
 # install_missing PACKAGE...: installs those that are not there, and says so before it does. Returns
 # 1 with one line on standard error when that cannot be done, which who may can run. Nothing goes to

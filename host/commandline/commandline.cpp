@@ -212,16 +212,15 @@ void addNumber(CLI::App& app, const std::string& name, Number& value, Number low
   addNumberFor(app, name, value, lowest, description)->default_str(std::to_string(value));
 }
 
-constexpr double kMostSeconds = 1000000;
+// What is not a number (from_chars reads "nan") is within no bounds.
+bool isTimeLimit(double seconds) { return seconds >= 0.001 && seconds <= 1000000; }
 
 // nullopt: no number of seconds. One that is less than a millisecond is none.
 std::optional<std::chrono::milliseconds> readSeconds(std::string_view text) {
   double seconds = 0;
   const char* const end = text.data() + text.size();
   const auto [rest, error] = std::from_chars(text.data(), end, seconds, std::chars_format::fixed);
-  if (error != std::errc() || rest != end || !(seconds >= 0.001 && seconds <= kMostSeconds)) {
-    return std::nullopt;
-  }
+  if (error != std::errc() || rest != end || !isTimeLimit(seconds)) return std::nullopt;
   return std::chrono::milliseconds(std::llround(seconds * 1000));
 }
 

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <csignal>
 #include <cstdlib>
 #include <memory>
 #include <optional>
@@ -68,6 +69,26 @@ TEST_F(ErrorTerminal, IsStandardError) {
   std::array<char, 16> read{};
   EXPECT_EQ(4, ::read(person_, read.data(), read.size()));
   EXPECT_STREQ("text", read.data());
+}
+
+// In a session of its own, on a terminal that first has its group in front and then another one, as a
+// shell does with what goes on behind its prompt.
+void exitWithWhereItIs(int terminal) {
+  ::setsid();
+  ::ioctl(terminal, TIOCSCTTY, 0);
+  const StandardErrorIs here(terminal);
+  const bool isInFront = errorTerminal()->isInForeground();
+  const pid_t other = ::fork();
+  if (other == 0) ::_exit(::pause());
+  ::setpgid(other, other);
+  ::tcsetpgrp(terminal, other);
+  const bool isBehind = !errorTerminal()->isInForeground();
+  ::kill(other, SIGKILL);
+  std::exit(isInFront && isBehind ? 0 : 1);
+}
+
+TEST_F(ErrorTerminal, IsInTheForegroundOrBehind) {
+  EXPECT_EXIT(exitWithWhereItIs(program_), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(ErrorTerminal, HasTheUsualColumnsWhereItTellsNone) {

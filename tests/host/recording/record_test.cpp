@@ -3,10 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <nlohmann/json.hpp>
 
 #include "host/machine/machinewriter.h"
 #include "host/machine/smbiosparts.h"
+#include "velhost/schema.h"
 
 namespace velhost {
 namespace {
@@ -171,6 +173,31 @@ TEST(Record, OtherCollectorsAreListedAndTheirDevicesHeld) {
   ASSERT_EQ(2U, recording.machine.instances.size());
   EXPECT_EQ("KRXSG_USBDevice", recording.machine.instances[0].className);
   EXPECT_EQ("KRXSG_TapeDrive", recording.machine.instances[1].className);
+}
+
+TEST(Record, WhatAMachineGivesOfAnotherCollectorIsHeldOnce) {
+  Machine machine = bareMachine();
+  machine.collectors = {"DeviceInventory"};
+  machine.givenClasses = {"KRXSG_USBDevice"};
+  machine.companions = {{"KRXSG_USBDevice", {{"Description", TCIMValue("KRX cKVM")}}}};
+  const Recording recording = recordOf(std::move(machine));
+  EXPECT_EQ(std::vector<std::string>{"KRXSG_USBDevice"}, recording.machine.givenClasses);
+  EXPECT_EQ(1U, recording.machine.instances.size());
+}
+
+// Nobody knows what would have to be asked for such a class again.
+TEST(Record, AClassThatDoesNotTellWhereItsValuesAreFromIsHeldAsPublished) {
+  const auto before = NKRXVEL20::host::currentSchema();
+  const std::array files{NKRXVEL20::host::SchemaFile{"others.mof", R"(
+    Qualifier Provider : string = null, Scope(class);
+    [Provider("DeviceInventory")] class KRXSG_USBDevice { string Description; };)"}};
+  NKRXVEL20::host::setSchema(NKRXVEL20::host::parseSchema(files));
+  const CollectorFiles collectors{
+      {TEST_PLUGIN}, {TEST_PROVIDERS "/libdeviceinventory.pi.so"}, std::nullopt};
+  const Recording recording = record(bareMachine(), {collectors, false});
+  NKRXVEL20::host::setSchema(before);
+  EXPECT_EQ(std::vector<std::string>{"KRXSG_USBDevice"}, recording.machine.givenClasses);
+  EXPECT_EQ(1U, recording.machine.instances.size());
 }
 
 }  // namespace
