@@ -297,51 +297,43 @@ void addShown(CLI::App& command, QueryCommand& query) {
                    "Give each command of the trace the bytes of its\nreply; with --format trace");
 }
 
-CLI::App* addQuery(CLI::App& app, QueryCommand& query) {
-  CLI::App* const command = app.add_subcommand("query", "Query the plug-in");
-  command->add_option("CLASS", query.classes, "Classes to ask for; none: all that it serves")
+void addQuery(CLI::App& command, QueryCommand& query) {
+  command.add_option("CLASS", query.classes, "Classes to ask for; none: all that it serves")
       ->type_name("");
-  addPath(*command, "--machine", query.machine,
+  addPath(command, "--machine", query.machine,
           "Ask the machine that this file describes: a\nmachine file or a DMI dump; - is standard "
           "input");
-  addPlugins(*command, query.plugins);
-  addFormat(*command, query.format, kQueryFormats);
-  addPath(*command, "--output", query.output, "Write the answer to this file");
-  addShown(*command, query);
-  addNumber(*command, "--repeat", query.repeat, 1U, "Make N requests");
-  addSeconds(*command, "--timeout", query.timeout,
+  addPlugins(command, query.plugins);
+  addFormat(command, query.format, kQueryFormats);
+  addPath(command, "--output", query.output, "Write the answer to this file");
+  addShown(command, query);
+  addNumber(command, "--repeat", query.repeat, 1U, "Make N requests");
+  addSeconds(command, "--timeout", query.timeout,
              "Ask SPs and BMCs nothing more when the request\ntook so long; default: 300 on this "
              "machine, no\nlimit for one that a file describes");
-  command->add_flag("--why", query.why, "Tell each step that failed, behind the answer");
-  command->add_flag("--reinit", query.reinit, "Init again before each request but the first");
-  addNumber(*command, "--log-level", query.logLevel, std::numeric_limits<int>::min(),
+  command.add_flag("--why", query.why, "Tell each step that failed, behind the answer");
+  command.add_flag("--reinit", query.reinit, "Init again before each request but the first");
+  addNumber(command, "--log-level", query.logLevel, std::numeric_limits<int>::min(),
             "Show core-log entries with a severity up to N on\nstandard error; without this json "
             "and trace show\n"
             "them up to 1, the other formats none");
-  command->footer(kQueryNotes);
-  return command;
 }
 
-CLI::App* addClasses(CLI::App& app, ClassesCommand& classes) {
-  CLI::App* const command = app.add_subcommand("classes", "Show the classes of the schema");
-  command->add_option("CLASS", classes.classes, "Classes to show; none: all")->type_name("");
-  addFormat(*command, classes.format, kClassesFormats);
-  command->footer(kClassesNotes);
-  return command;
+void addClasses(CLI::App& command, ClassesCommand& classes) {
+  command.add_option("CLASS", classes.classes, "Classes to show; none: all")->type_name("");
+  addFormat(command, classes.format, kClassesFormats);
 }
 
-CLI::App* addExplain(CLI::App& app, ExplainCommand& explain) {
-  CLI::App* const command =
-      app.add_subcommand("explain", "Tell what a class or property means and where it comes from");
-  command->add_option("CLASS[.PROPERTY]", explain.topic, "The class, or one property of it")
+void addExplain(CLI::App& command, ExplainCommand& explain) {
+  command.add_option("CLASS[.PROPERTY]", explain.topic, "The class, or one property of it")
       ->type_name("")
       ->required();
   addPath(
-      *command, "--machine", explain.machine,
+      command, "--machine", explain.machine,
       "Show the very bytes that this machine gave: a\nmachine file or a DMI dump; - is standard "
       "input");
   command
-      ->add_option_function<std::string>(
+      .add_option_function<std::string>(
           "--node",
           [&explain](const std::string& text) {
             unsigned node = 0;
@@ -350,85 +342,49 @@ CLI::App* addExplain(CLI::App& app, ExplainCommand& explain) {
           },
           "Only the instances of this node")
       ->type_name("N");
-  command->footer(kExplainNotes);
-  return command;
 }
 
-CLI::App* addRecord(CLI::App& app, RecordCommand& record) {
-  CLI::App* const command =
-      app.add_subcommand("record", "Query the plug-in and write a machine file that answers alike");
-  addPath(*command, "--machine", record.machine, "Record the machine that this file describes");
-  addPlugins(*command, record.plugins);
-  addPath(*command, "--output", record.output, "Write the machine file here, for you alone");
-  command->add_flag("--force", record.force, "Replace the output file if it is there");
-  command->add_flag("--redact", record.redact,
-                    "Put pseudonyms for serial numbers, asset tags\nand unique ids");
-  command->footer(kRecordNotes);
-  return command;
+void addRecord(CLI::App& command, RecordCommand& record) {
+  addPath(command, "--machine", record.machine, "Record the machine that this file describes");
+  addPlugins(command, record.plugins);
+  addPath(command, "--output", record.output, "Write the machine file here, for you alone");
+  command.add_flag("--force", record.force, "Replace the output file if it is there");
+  command.add_flag("--redact", record.redact,
+                   "Put pseudonyms for serial numbers, asset tags\nand unique ids");
 }
 
-CLI::App* addCollectors(CLI::App& app) {
-  CLI::App* const command =
-      app.add_subcommand("collectors", "Show the collectors beside velhost and what they serve");
-  command->footer(kCollectorsNotes);
-  return command;
+void addDiff(CLI::App& command, DiffCommand& diff) {
+  addFile(command, "OLD", diff.before, "What was before");
+  addFile(command, "NEW", diff.after, "What is now");
+  addFormat(command, diff.format, kDiffFormats);
 }
 
-CLI::App* addCheck(CLI::App& app, std::vector<std::string>& files) {
-  CLI::App* const command = app.add_subcommand("check", "Check machine files");
-  command->add_option("FILE", files, "Machine files")->type_name("")->required();
-  command->footer(kCheckNotes);
-  return command;
-}
-
-void addDiff(CLI::App& app, DiffCommand& diff) {
-  CLI::App* const command =
-      app.add_subcommand("diff", "Show what is different between two machines");
-  addFile(*command, "OLD", diff.before, "What was before");
-  addFile(*command, "NEW", diff.after, "What is now");
-  addFormat(*command, diff.format, kDiffFormats);
-  command->footer(kDiffNotes);
-}
-
-void addSummary(CLI::App& app, SummaryCommand& summary) {
-  CLI::App* const command =
-      app.add_subcommand("summary", "Show which levels many machines have, and the odd ones");
+// Any number, but none at all.
+void addFiles(CLI::App& command, std::vector<std::filesystem::path>& files,
+              const std::string& description) {
   command
-      ->add_option_function<std::vector<std::string>>(
+      .add_option_function<std::vector<std::string>>(
           "FILE",
-          [&summary](const std::vector<std::string>& files) {
-            summary.files.assign(files.begin(), files.end());
+          [&files](const std::vector<std::string>& named) {
+            files.assign(named.begin(), named.end());
           },
-          "Results and machine files, any number")
+          description)
       ->type_name("")
       ->required();
-  addFormat(*command, summary.format, kSummaryFormats);
-  command->footer(kSummaryNotes);
 }
 
-void addReport(CLI::App& app, ReportCommand& report) {
-  CLI::App* const command =
-      app.add_subcommand("report", "Write a page about machines, to be read in a browser");
-  command
-      ->add_option_function<std::vector<std::string>>(
-          "FILE",
-          [&report](const std::vector<std::string>& files) {
-            report.files.assign(files.begin(), files.end());
-          },
-          "Results or machines, see below")
-      ->type_name("")
-      ->required();
-  addPath(*command, "--output", report.output, "Write the page here")
-      ->type_name("PAGE")
-      ->required();
-  command->footer(kReportNotes);
+void addSummary(CLI::App& command, SummaryCommand& summary) {
+  addFiles(command, summary.files, "Results and machine files, any number");
+  addFormat(command, summary.format, kSummaryFormats);
 }
 
-CLI::App* addHelp(CLI::App& app, std::string& topic) {
-  CLI::App* const command = app.add_subcommand("help", "Show the help of a command");
-  command->add_option("COMMAND", topic, "The command; none: all of them in short")->type_name("");
-  command->footer(kHelpNotes);
-  return command;
+void addReport(CLI::App& command, ReportCommand& report) {
+  addFiles(command, report.files, "Results or machines, see below");
+  addPath(command, "--output", report.output, "Write the page here")->type_name("PAGE")->required();
+}
+
+void addHelp(CLI::App& command, std::string& topic) {
+  command.add_option("COMMAND", topic, "The command; none: all of them in short")->type_name("");
 }
 
 std::vector<std::string> namesOfOptions(const CLI::App& app) {
@@ -455,7 +411,7 @@ constexpr char kSeeHelp[] = "; see velhost --help";
   throw InputError(what + (meant.empty() ? kSeeHelp : meant));
 }
 
-std::string helpText(CLI::App& app, const std::string& topic) {
+std::string helpText(const CLI::App& app, const std::string& topic) {
   const auto commands = app.get_subcommands({});
   const auto found = std::ranges::find(commands, topic, &CLI::App::get_name);
   if (found != commands.end()) return (*found)->help("velhost");
@@ -463,10 +419,15 @@ std::string helpText(CLI::App& app, const std::string& topic) {
   return app.get_formatter()->make_help(&app, "velhost", CLI::AppFormatMode::All);
 }
 
+// One, or none. The library's own list lacks those that stand behind "--".
+std::vector<const CLI::App*> parsedCommands(const CLI::App& app) {
+  return app.get_subcommands([](const CLI::App* command) { return command->parsed(); });
+}
+
 // The first word that nothing takes: before the command, or behind it.
 [[noreturn]] void refuseExtras(const CLI::App& app) {
   const bool isBefore = !app.remaining().empty();
-  const CLI::App& where = isBefore ? app : *app.get_subcommands().front();
+  const CLI::App& where = isBefore ? app : *parsedCommands(app).front();
   std::string word = where.remaining().front();
   if (word.starts_with('-')) {
     word.resize(std::min(word.size(), word.find('=')));
@@ -492,47 +453,91 @@ std::optional<PrintCommand> parse(CLI::App& app, int argc, const char* const* ar
   }
 }
 
-QueryCommand checkedQuery(const QueryCommand& query) {
+// What the words behind the commands are read into.
+struct Words {
+  QueryCommand query;
+  ExplainCommand explain;
+  DiffCommand diff;
+  SummaryCommand summary;
+  ReportCommand report;
+  RecordCommand record;
+  CheckCommand check;
+  ClassesCommand classes;
+  std::string topic;  // of help
+};
+
+Command readQuery(const CLI::App& command, const Words& words) {
+  QueryCommand query = words.query;
+  query.hasLogLevel = command.count("--log-level") > 0;
   if (query.bytes && query.format != Format::kTrace) {
     throw InputError("--bytes goes with --format trace; no other format has replies");
   }
   return query;
 }
 
-// What the words behind the commands are read into.
-struct Words {
-  QueryCommand query;
-  ClassesCommand classes;
-  ExplainCommand explain;
-  RecordCommand record;
-  std::vector<std::string> files;  // to be checked
-  DiffCommand diff;
-  SummaryCommand summary;
-  ReportCommand report;
-  std::string topic;  // of help
+struct CommandEntry {
+  std::string_view name;
+  const char* description;
+  const char* notes;                                     // below its options
+  void (*add)(CLI::App& command, Words& words);          // its options
+  Command (*read)(const CLI::App&, const Words& words);  // what the command and its words ask for
 };
 
-constexpr std::pair<std::string_view, Command (*)(const Words&)> kCommands[] = {
-    {"query", [](const Words& words) -> Command { return checkedQuery(words.query); }},
-    {"explain", [](const Words& words) -> Command { return words.explain; }},
-    {"diff", [](const Words& words) -> Command { return words.diff; }},
-    {"summary", [](const Words& words) -> Command { return words.summary; }},
-    {"report", [](const Words& words) -> Command { return words.report; }},
-    {"record", [](const Words& words) -> Command { return words.record; }},
-    {"check",
-     [](const Words& words) -> Command {
-       return CheckCommand{{words.files.begin(), words.files.end()}};
+// In the order of the help.
+constexpr CommandEntry kCommands[] = {
+    {"query", "Query the plug-in", kQueryNotes,
+     [](CLI::App& command, Words& words) { addQuery(command, words.query); }, readQuery},
+    {"explain", "Tell what a class or property means and where it comes from", kExplainNotes,
+     [](CLI::App& command, Words& words) { addExplain(command, words.explain); },
+     [](const CLI::App&, const Words& words) -> Command { return words.explain; }},
+    {"diff", "Show what is different between two machines", kDiffNotes,
+     [](CLI::App& command, Words& words) { addDiff(command, words.diff); },
+     [](const CLI::App&, const Words& words) -> Command { return words.diff; }},
+    {"summary", "Show which levels many machines have, and the odd ones", kSummaryNotes,
+     [](CLI::App& command, Words& words) { addSummary(command, words.summary); },
+     [](const CLI::App&, const Words& words) -> Command { return words.summary; }},
+    {"report", "Write a page about machines, to be read in a browser", kReportNotes,
+     [](CLI::App& command, Words& words) { addReport(command, words.report); },
+     [](const CLI::App&, const Words& words) -> Command { return words.report; }},
+    {"record", "Query the plug-in and write a machine file that answers alike", kRecordNotes,
+     [](CLI::App& command, Words& words) { addRecord(command, words.record); },
+     [](const CLI::App&, const Words& words) -> Command { return words.record; }},
+    {"check", "Check machine files", kCheckNotes,
+     [](CLI::App& command, Words& words) { addFiles(command, words.check.files, "Machine files"); },
+     [](const CLI::App&, const Words& words) -> Command { return words.check; }},
+    {"collectors", "Show the collectors beside velhost and what they serve", kCollectorsNotes,
+     [](CLI::App&, Words&) {},
+     [](const CLI::App&, const Words&) -> Command { return CollectorsCommand{}; }},
+    {"classes", "Show the classes of the schema", kClassesNotes,
+     [](CLI::App& command, Words& words) { addClasses(command, words.classes); },
+     [](const CLI::App&, const Words& words) -> Command { return words.classes; }},
+    {"help", "Show the help of a command", kHelpNotes,
+     [](CLI::App& command, Words& words) { addHelp(command, words.topic); },
+     [](const CLI::App& command, const Words& words) -> Command {
+       return PrintCommand{helpText(*command.get_parent(), words.topic)};
      }},
-    {"collectors", [](const Words&) -> Command { return CollectorsCommand{}; }},
-    {"classes", [](const Words& words) -> Command { return words.classes; }},
 };
+
+const CommandEntry* named(std::string_view name) {
+  return std::ranges::find(kCommands, name, &CommandEntry::name);
+}
+
+// Those that have to be known to understand the words: the one that is named first, as all others are
+// its own; none for the version. Else all, as help shows them and a slip may have meant any.
+std::span<const CommandEntry> neededCommands(int argc, const char* const* argv) {
+  const std::string_view first = argc > 1 ? argv[1] : "";
+  if (argc == 2 && first == "--version") return {};
+  const CommandEntry* const entry = named(first);
+  if (entry == std::end(kCommands) || entry->name == "help") return kCommands;
+  return {entry, 1};
+}
 
 std::string noCommandText() {
   std::string text = "a command is missing: ";
-  for (const auto& command : kCommands) {
-    const bool isLast = &command == std::end(kCommands) - 1;
+  for (const auto& command : std::span(kCommands).first(std::size(kCommands) - 1)) {  // not help
+    const bool isLast = &command == std::end(kCommands) - 2;
     if (&command != kCommands) text += isLast ? " or " : ", ";
-    text += command.first;
+    text += command.name;
   }
   return text + "; see velhost --help";
 }
@@ -545,23 +550,15 @@ Command parseCommandLine(int argc, const char* const* argv) {
   app.set_version_flag("--version", kVersion, "Print the version and exit");
   app.footer(kExamplesAndStatuses);
   app.require_subcommand(0, 1);  // one is needed, but an unknown word is to be named first
-  const CLI::App* const isQuery = addQuery(app, words.query);
-  addExplain(app, words.explain);
-  addDiff(app, words.diff);
-  addSummary(app, words.summary);
-  addReport(app, words.report);
-  addRecord(app, words.record);
-  addCheck(app, words.files);
-  addCollectors(app);
-  addClasses(app, words.classes);
-  const CLI::App* const isHelp = addHelp(app, words.topic);
-  if (const auto text = parse(app, argc, argv)) return *text;
-  words.query.hasLogLevel = isQuery->count("--log-level") > 0;
-  if (isHelp->parsed()) return PrintCommand{helpText(app, words.topic)};
-  for (const auto& [name, command] : kCommands) {
-    if (app.got_subcommand(std::string(name))) return command(words);
+  for (const CommandEntry& entry : neededCommands(argc, argv)) {
+    CLI::App* const command = app.add_subcommand(std::string(entry.name), entry.description);
+    entry.add(*command, words);
+    command->footer(entry.notes);
   }
-  throw InputError(noCommandText());
+  if (const auto text = parse(app, argc, argv)) return *text;
+  const auto asked = parsedCommands(app);
+  if (asked.empty()) throw InputError(noCommandText());
+  return named(asked.front()->get_name())->read(*asked.front(), words);
 }
 
 }  // namespace velhost

@@ -45,6 +45,17 @@ TEST(CommandLine, AQueryTakesClassesAndOptionsInAnyOrder) {
   EXPECT_EQ(-2, query.logLevel);
 }
 
+TEST(CommandLine, ACommandMayStandBehindTheEndOfOptions) {
+  EXPECT_EQ(std::vector<std::string>{"A"},
+            std::get<QueryCommand>(parse({"--", "query", "A"})).classes);
+}
+
+// Behind a command the names of others are words of its own.
+TEST(CommandLine, AClassMayHaveACommandsName) {
+  EXPECT_EQ((std::vector<std::string>{"help", "query"}),
+            std::get<QueryCommand>(parse({"query", "help", "query"})).classes);
+}
+
 TEST(CommandLine, ALogLevelMayBeNegative) {
   EXPECT_EQ(-1, std::get<QueryCommand>(parse({"query", "--log-level", "-1"})).logLevel);
 }
