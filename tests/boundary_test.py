@@ -57,16 +57,24 @@ def compilations(targets):
     """The compile commands of the targets' sources, by source."""
     found = {}
     for entry in json.loads((BUILD / "compile_commands.json").read_text(encoding="utf-8")):
-        target = re.search(r"CMakeFiles/([^/]+)\.dir/", entry["command"])
+        target = re.search(r"-o \S*CMakeFiles/([^/]+)\.dir/", entry["command"])
         if target and target[1] in targets:
             found[pathlib.Path(entry["file"]).resolve()] = shlex.split(entry["command"])
     return found
 
 
+def without(command, option):
+    """The command without the option and the word behind it."""
+    at = command.index(option)
+    return command[:at] + command[at + 2:]
+
+
 def preprocessing(command):
-    """The same, but for the object: the compiler lists the files that it reads."""
-    output = command.index("-o")
-    kept = command[:output] + command[output + 2:]
+    """The same, but for the object and for headers that CMake has read in advance, which no source asks
+    for: the compiler lists the files that it reads."""
+    kept = without(command, "-o")
+    if "-include" in kept:
+        kept = without(kept, "-include")
     return kept[:kept.index("-c")] + ["-M"]
 
 

@@ -1,0 +1,3 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Nothing of its own: its program is what the headers are compiled for.
