@@ -52,7 +52,9 @@ bool isFixed(const Origin& origin) {
 Origins allSources(const ClassSchema& cimClass) {
   Origins sources;
   for (const PropertySchema& property : cimClass.properties) {
-    std::ranges::copy_if(originsOf(property), std::back_inserter(sources), std::not_fn(isFixed));
+    Origins origins = originsOf(property);
+    std::erase_if(origins, isFixed);
+    std::ranges::move(origins, std::back_inserter(sources));
   }
   return sources;
 }
@@ -62,9 +64,9 @@ Origins allSources(const ClassSchema& cimClass) {
 Origins neededSources(const ClassSchema& cimClass) {
   Origins sources;
   for (const PropertySchema& property : cimClass.properties) {
-    const Origins origins = originsOf(property);
+    Origins origins = originsOf(property);
     if (std::ranges::any_of(origins, isFixed)) continue;
-    sources.insert(sources.end(), origins.begin(), origins.end());
+    std::ranges::move(origins, std::back_inserter(sources));
   }
   return sources.empty() ? allSources(cimClass) : sources;
 }

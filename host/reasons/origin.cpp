@@ -13,6 +13,7 @@ using Elements = std::vector<std::string_view>;
 
 Elements split(std::string_view text, std::string_view separator) {
   Elements parts;
+  parts.reserve(8);  // more than any line has
   for (std::size_t end = text.find(separator); end != std::string_view::npos;
        end = text.find(separator)) {
     parts.push_back(text.substr(0, end));
@@ -231,6 +232,7 @@ Origin originOf(std::string_view line) {
 
 std::vector<Origin> originsOf(const NKRXVEL20::host::PropertySchema& property) {
   std::vector<Origin> origins;
+  origins.reserve(property.mappingStrings.size());
   for (const std::string_view line : property.mappingStrings) origins.push_back(originOf(line));
   return origins;
 }
