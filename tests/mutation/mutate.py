@@ -208,14 +208,15 @@ class Tester:
         return [] if outcome.status == 0 else [test]
 
     def failures_nearby(self, test, file):
-        """Of a program of GoogleTest's, asked for the tests beside a source alone, then for its folder's."""
+        """Of a program of GoogleTest's, asked for the tests beside a source alone, then for its folder's; for
+        all when the folder has none of its own."""
         folder = ROOT / "tests" / pathlib.Path(file).parent
         beside = folder / f"{pathlib.Path(file).stem}_test.cpp"
         for tests in ([beside] if beside.exists() else [], folder.glob("*_test.cpp")):
             suites = sorted({suite for each in tests for suite in suites_in(each.read_text())})
             if suites and (failing := self.tree.failures_of(test, *suites)):
                 return failing
-        return []
+        return [] if suites else self.tree.failures_of(test)
 
     def in_order(self, tests, file):
         nearest = nearest_of(file)
