@@ -48,6 +48,11 @@ TEST(IpmiText, IsReadInEachEncoding) {
       {"a first half alone", unicodeText, "3D D8 41 00",
        "\xEF\xBF\xBD"
        "A"},
+      {"a first half before the character behind the second halves", unicodeText, "3D D8 00 E0",
+       "\xEF\xBF\xBD\xEE\x80\x80"},
+      {"two first halves", unicodeText, "3D D8 FF DB", "\xEF\xBF\xBD\xEF\xBF\xBD"},
+      {"a second half behind the character before the first halves", unicodeText, "FF D7 00 DC",
+       "\xED\x9F\xBF\xEF\xBF\xBD"},
       {"a first half at the end", unicodeText, "41 00 3D D8", "A\xEF\xBF\xBD"},
       {"a second half alone", unicodeText, "00 DE 41 00",
        "\xEF\xBF\xBD"
