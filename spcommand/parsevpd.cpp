@@ -58,7 +58,6 @@ class DescriptorWalk {
   const std::vector<std::string>& table_;
   SPLibrary& spLibrary_;
   ReplyBuffer reply_{};
-  int replyLength_ = 0;       // fields are cut at the offsets of the table, whatever was sent
   std::string commandTrace_;  // never cleared: holds all command bytes read so far
   std::vector<SPFirmwareVpd::ClassRecord> records_;
 
@@ -95,7 +94,6 @@ void DescriptorWalk::walkSP(int spIndex) {
 }
 
 DescribedCommand DescriptorWalk::readCommand() {
-  replyLength_ = 0;
   reply_.fill(0);
   takeToken(line_);  // the type: whatever line the walk stands on is taken for a command line
   DescribedCommand command;
@@ -115,8 +113,9 @@ DescribedCommand DescriptorWalk::readCommand() {
 
 // Sends the command, and once more when that fails.
 bool DescriptorWalk::send(dotCmd& request, int spIndex) {
+  int replyLength = 0;  // fields are cut at the offsets of the table, whatever was sent
   const auto sendOnce = [&] {
-    return spLibrary_.sendDotCommand(&request, reply_.data(), &replyLength_, spIndex, kReplySize);
+    return spLibrary_.sendDotCommand(&request, reply_.data(), &replyLength, spIndex, kReplySize);
   };
   return sendOnce() || sendOnce();  // NOLINT(misc-redundant-expression): the SP may answer now
 }

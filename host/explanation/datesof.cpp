@@ -24,16 +24,15 @@ struct Date {
 struct Form {
   std::string_view shape;  // a digit for 0, any other character for itself
   std::size_t year;
-  std::size_t yearDigits;
   std::size_t month;
   std::size_t day;
 };
 
 constexpr Form kForms[] = {
-    {"00/00/00", 6, 2, 0, 3},
-    {"00/00/0000", 6, 4, 0, 3},
-    {"00-00-0000", 6, 4, 0, 3},
-    {"0000-00-00", 0, 4, 5, 8},
+    {"00/00/00", 6, 0, 3},
+    {"00/00/0000", 6, 0, 3},
+    {"00-00-0000", 6, 0, 3},
+    {"0000-00-00", 0, 5, 8},
 };
 
 bool hasShape(std::string_view text, std::string_view shape) {
@@ -45,21 +44,22 @@ bool hasShape(std::string_view text, std::string_view shape) {
   return true;
 }
 
-int numberAt(std::string_view text, std::size_t at, std::size_t digits) {
+// As many digits as there are.
+int numberAt(std::string_view text, std::size_t at) {
   int number = 0;
-  std::from_chars(text.data() + at, text.data() + at + digits, number);
+  std::from_chars(text.data() + at, text.data() + text.size(), number);
   return number;
 }
 
-// DSP0134 7.1: a year of two digits.
+// DSP0134 7.1: what a year of two digits means.
 int wholeYear(int year) { return year + (year > 50 ? 1900 : 2000); }
 
 std::optional<Date> readDate(std::string_view text) {
   for (const Form& form : kForms) {
     if (!hasShape(text, form.shape)) continue;
-    const int year = numberAt(text, form.year, form.yearDigits);
-    return Date{form.yearDigits == 2 ? wholeYear(year) : year, numberAt(text, form.month, 2),
-                numberAt(text, form.day, 2)};
+    const int year = numberAt(text, form.year);
+    return Date{text.size() == kForms[0].shape.size() ? wholeYear(year) : year,
+                numberAt(text, form.month), numberAt(text, form.day)};
   }
   return std::nullopt;
 }

@@ -43,7 +43,7 @@ constexpr Kind kKinds[] = {
     {"KRXSG_IPMIFRU", "EntityID", "10", Place::kPower},
     {"KRXSG_IPMIFRU", "EntityID", "19", Place::kPower},
     {"KRXSG_IPMIFRU", "EntityID", "20", Place::kPower},
-    {"KRXSG_IPMIFRU", "EntityID", "12", Place::kBackplanes},
+    {"KRXSG_IPMIFRU", "EntityID", "13", Place::kBackplanes},
     {"KRXSG_IPMIFRU", "EntityID", "15", Place::kBackplanes},
     {"KRXSG_IPMIFRU", "EntityID", "22", Place::kBackplanes},
     {"KRXSG_IPMIFRU", "EntityID", "4", Place::kDevices},

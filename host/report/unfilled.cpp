@@ -26,7 +26,8 @@ constexpr std::string_view kNumber = " {n}";
 constexpr std::string_view kLabel = "{label}";
 constexpr std::uint64_t kMostPlaces = 1024;  // of a kind: numbers come from outside
 
-// A kind of component of a class, by the templates of its Name: "{label}DIMM {n}".
+// A kind of component of a class, by the templates of its Name: "{label}DIMM {n}". No other text of an
+// origin begins so.
 struct ComponentKind {
   std::string className;
   std::string word;         // "DIMM"
@@ -71,7 +72,6 @@ std::vector<ComponentKind> componentKinds(const std::string& className) {
       cimClass == nullptr ? nullptr : findProperty(*cimClass, "Name");
   if (name == nullptr) return kinds;
   for (const Origin& origin : originsOf(*name)) {
-    if (origin.source != Source::kDerived) continue;
     if (auto kind = kindOf(*cimClass, origin.text)) kinds.push_back(std::move(*kind));
   }
   return kinds;

@@ -27,6 +27,10 @@ TARGETS = [*OWN.values(), "smbioswalk_tests", "spdrivercalls_tests", "usbtapetex
            "sharedobject_tests", "spyplatform_tests", "tinyhost_tests"]
 
 
+def lists():
+    return sorted(pathlib.Path(__file__).parent.glob("*.toml"))
+
+
 def read_changes(files, text):
     changes = []
     for file in files:
@@ -80,8 +84,7 @@ def main():
     parser.add_argument("-k", metavar="TEXT", default="", help="only those whose name contains TEXT")
     parser.add_argument("files", metavar="FILE", nargs="*")
     arguments = parser.parse_args()
-    beside = sorted(pathlib.Path(__file__).parent.glob("*.toml"))
-    changes = read_changes(arguments.files or beside, arguments.k)
+    changes = read_changes(arguments.files or lists(), arguments.k)
     if arguments.list:
         print("\n".join(change["name"] for change in changes))
         return 0

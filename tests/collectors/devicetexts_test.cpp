@@ -83,10 +83,10 @@ TEST(DeviceTexts, TapeDeviceIdHasTheInquiryTextsAsFields) {
        R"(USBSTOR\SEQUENTIAL&VEN_A_B&PROD_C_D&REV_1_2\1-1:1.0&0)"},
       {"control characters and bytes above ASCII",
        {"1-1:1.0", "2:0:0:0",
-        "A\x01\x1F"
+        "A\x01\x1F\x7F"
         "B",
         "\xC3\xBC!~", "\x7F\x31\xFF"},
-       R"(USBSTOR\SEQUENTIAL&VEN_A__B&PROD___!~&REV_1_\1-1:1.0&0)"},
+       R"(USBSTOR\SEQUENTIAL&VEN_A___B&PROD___!~&REV_1_\1-1:1.0&0)"},
       {"all blank",
        {"1-1:1.0", "2:0:0:0", "        ", "                ", "    "},
        R"(USBSTOR\SEQUENTIAL&VEN_&PROD_&REV_\1-1:1.0&0)"},

@@ -41,11 +41,18 @@ TEST(IpmiText, IsReadInEachEncoding) {
       {"one, two and three bytes in UTF-8", unicodeText, "41 00 FC 00 AC 20",
        "A\xC3\xBC\xE2\x82\xAC"},
       {"last of two, first of three", unicodeText, "FF 07 00 08", "\xDF\xBF\xE0\xA0\x80"},
+      {"last of three, first of four", unicodeText, "FF FF 00 D8 00 DC",
+       "\xEF\xBF\xBF\xF0\x90\x80\x80"},
       {"a pair", unicodeText, "3D D8 00 DE", "\xF0\x9F\x98\x80"},
       {"the last pair", unicodeText, "FF DB FF DF", "\xF4\x8F\xBF\xBF"},
       {"a first half alone", unicodeText, "3D D8 41 00",
        "\xEF\xBF\xBD"
        "A"},
+      {"a first half before the character behind the second halves", unicodeText, "3D D8 00 E0",
+       "\xEF\xBF\xBD\xEE\x80\x80"},
+      {"two first halves", unicodeText, "3D D8 FF DB", "\xEF\xBF\xBD\xEF\xBF\xBD"},
+      {"a second half behind the character before the first halves", unicodeText, "FF D7 00 DC",
+       "\xED\x9F\xBF\xEF\xBF\xBD"},
       {"a first half at the end", unicodeText, "41 00 3D D8", "A\xEF\xBF\xBD"},
       {"a second half alone", unicodeText, "00 DE 41 00",
        "\xEF\xBF\xBD"

@@ -127,24 +127,33 @@ TEST(SdrRecord, NameIsATextOfItsEncoding) {
   }
 }
 
+// IPMI 2.0, table 43-13: those below 38h, of which 00h is no entity and 36h reserved.
 TEST(SdrRecord, EntitiesHaveNames) {
-  const struct {
-    std::uint8_t id;
-    const char* name;
-  } kCases[] = {
-      {0, ""},
-      {7, "System board"},
-      {10, "Power supply"},
-      {15, "Drive backplane"},
-      {23, "System chassis"},
-      {29, "Fan"},
-      {46, "Management controller firmware"},
-      {54, ""},
-      {55, "Air inlet"},
-      {56, ""},
-      {255, ""},
+  // clang-format off
+  const char* const kNames[] = {
+      /* 00h */ "", "Other", "Unknown", "Processor", "Disk or disk bay", "Peripheral bay",
+                "System management module", "System board",
+      /* 08h */ "Memory module", "Processor module", "Power supply", "Add-in card",
+                "Front panel board", "Back panel board", "Power system board", "Drive backplane",
+      /* 10h */ "System internal expansion board", "Other system board", "Processor board",
+                "Power unit", "Power module", "Power management board",
+                "Chassis back panel board", "System chassis",
+      /* 18h */ "Sub-chassis", "Other chassis board", "Disk drive bay", "Peripheral bay",
+                "Device bay", "Fan", "Cooling unit", "Cable or interconnect",
+      /* 20h */ "Memory device", "System management software", "System firmware",
+                "Operating system", "System bus", "Group",
+                "Remote management communication device", "External environment",
+      /* 28h */ "Battery", "Processing blade", "Connectivity switch",
+                "Processor and memory module", "I/O module", "Processor and I/O module",
+                "Management controller firmware", "IPMI channel",
+      /* 30h */ "PCI bus", "PCI Express bus", "SCSI bus", "SATA or SAS bus",
+                "Processor front-side bus", "Real-time clock", "", "Air inlet",
   };
-  for (const auto& c : kCases) EXPECT_EQ(c.name, entityName(c.id)) << int{c.id};
+  // clang-format on
+  ASSERT_EQ(0x38U, std::size(kNames));
+  for (unsigned id = 0; id < 256; ++id) {
+    EXPECT_EQ(id < 0x38 ? kNames[id] : "", entityName(static_cast<std::uint8_t>(id))) << id;
+  }
 }
 
 }  // namespace

@@ -32,7 +32,9 @@ host::SmbiosStructure structure(unsigned char type, const OwnedBytes& fields,
 class SMBIOSInventoryTest : public ::testing::Test {
  protected:
   SMBIOSInventoryTest() {
-    host::setFailureLogSink([this](const host::LogEntry& entry) { log.push_back(entry.text); });
+    host::setFailureLogSink([this](const host::LogEntry& entry) {
+      log.push_back(std::to_string(entry.severity) + " " + entry.text);
+    });
     collector.Init();
   }
   ~SMBIOSInventoryTest() override {
@@ -155,20 +157,20 @@ TEST_F(SMBIOSInventoryTest, NothingOfAStructureIsLeftInTheNextOne) {
 TEST_F(SMBIOSInventoryTest, ALibraryThatCannotBeOpenedIsLogged) {
   host::setSmbiosTable(std::nullopt);
   EXPECT_EQ(Lines{}, request(kSystem));
-  EXPECT_EQ(Lines{"SMBIOSInventory: the SMBIOS library cannot be opened, error 1"}, log);
+  EXPECT_EQ(Lines{"0 SMBIOSInventory: the SMBIOS library cannot be opened, error 1"}, log);
 }
 
 TEST_F(SMBIOSInventoryTest, AReadThatFailsEndsTheWalkAndIsLogged) {
   give({structure(0, {1}, {"first"}), structure(0, {1}, {"second"}, kSmBiosReadFailed),
         structure(0, {1}, {"third"})});
   EXPECT_EQ(Lines{"InstanceID=KRXSG:SystemFirmware:1 Vendor=first"}, request(kFirmware));
-  EXPECT_EQ(Lines{"SMBIOSInventory: reading SMBIOS structures of type 0 failed, status 3"}, log);
+  EXPECT_EQ(Lines{"0 SMBIOSInventory: reading SMBIOS structures of type 0 failed, status 3"}, log);
 }
 
 TEST_F(SMBIOSInventoryTest, AnEndOfAnotherStatusIsLogged) {
   give({structure(0, {1}, {"first"})}, 7);
   EXPECT_EQ(Lines{"InstanceID=KRXSG:SystemFirmware:1 Vendor=first"}, request(kFirmware));
-  EXPECT_EQ(Lines{"SMBIOSInventory: reading SMBIOS structures of type 0 failed, status 7"}, log);
+  EXPECT_EQ(Lines{"0 SMBIOSInventory: reading SMBIOS structures of type 0 failed, status 7"}, log);
 }
 
 TEST_F(SMBIOSInventoryTest, SaysWhoItIsAndServesNothingElse) {

@@ -149,12 +149,15 @@ class Order(unittest.TestCase):
         self.assertEqual(["host_test", "report", "velhost_test", "explain"],
                          tester.in_order(tester.tree.limits, "host/report/html.cpp"))
         self.assertEqual(["host_test", "velhost_test", "explain", "report"],
-                         tester.in_order(tester.tree.limits, "host/main.cpp"))
+                         tester.in_order(tester.tree.limits, "host/text/utf8.cpp"))
 
     def test_or_the_nearest_alone(self):
         sources = {"host/report/html.cpp": "", "host/text/utf8.cpp": "", "platform/core/log.cpp": ""}
-        self.assertEqual(("host_test",), mutate.Tester(0, near=True).in_order((), "host/report/html.cpp"))
-        self.assertEqual(["host_test", "vel_core_test"], mutate.tests_of("host", sources, True))
+        near = mutate.Tester(0, near=True)
+        self.assertEqual(("host_test", "report"), near.in_order((), "host/report/html.cpp"))
+        self.assertEqual(("velhost_test", "terminal"), near.in_order((), "host/main.cpp"))
+        self.assertEqual(["host_test", "report", "vel_core_test"],
+                         mutate.tests_of("host", sources, True))
 
 
 class FiguresOfAFolder(unittest.TestCase):

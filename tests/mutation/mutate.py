@@ -11,7 +11,8 @@ default 40. The kinds of changes (conditions, constants, operators, severities, 
 turns. Changes that do not compile are not counted; those that nobody can see are listed, with the
 reason, in unseen.toml beside this script: they count as tried and are not run. What nobody saw goes to
 build-mutation/unseen.toml, in the form of that list; --again tries the changes of such a list. --near
-asks only the tests beside a source and in its folder, which is quick, and less than all see.
+asks only the tests beside a source and in its folder, then the few programs that know the folder best,
+which is quick, and less than all see.
 
 The work tree is left alone: a copy of what git has in HEAD, or stands uncommitted, is changed and
 built in build-mutation/, one for each job. Exit status: 0 when every change was seen or is listed, 1
@@ -66,7 +67,8 @@ COLLECTOR_TESTS = ("collectorsupport_tests", "deviceinventory_tests", "udevtree_
 TESTS = {**{folder: PLUGIN_TESTS for folder in FOLDERS[:5]}, "platform": PLATFORM_TESTS,
          "host": HOST_TESTS, "collectors": COLLECTOR_TESTS}
 # Asked first, in this order; the others behind them, the shortest first.
-NEAREST = {**{folder: (f"firmware_{folder}_tests",) for folder in FOLDERS[:5]},
+NEAREST = {"plugin": tuple(f"firmware_{folder}_tests" for folder in FOLDERS[:5]),
+           **{folder: (f"firmware_{folder}_tests",) for folder in FOLDERS[1:5]},
            **{f"platform/{library}": (f"vel_{library}_test",)
               for library in ("core", "pluginmanager", "smbios", "spdriver")},
            "platform": ("vel_core_test",),
@@ -80,6 +82,8 @@ NEAREST = {**{folder: (f"firmware_{folder}_tests",) for folder in FOLDERS[:5]},
            "host/progress": ("host_test", "terminal"),
            "host/recording": ("host_test", "record_replay"),
            "host/report": ("host_test", "report"),
+           "host/commandline": ("host_test", "velhost_test", "comparison"),
+           "host/main.cpp": ("velhost_test", "terminal"),
            "host": ("host_test",)}
 
 
@@ -171,7 +175,7 @@ def suites_in(text):
 
 
 def nearest_of(file):
-    return next((tests for place, tests in NEAREST.items() if file.startswith(place + "/")), ())
+    return next((tests for place, tests in NEAREST.items() if f"{file}/".startswith(f"{place}/")), ())
 
 
 class Tester:
@@ -208,19 +212,25 @@ class Tester:
         return [] if outcome.status == 0 else [test]
 
     def failures_nearby(self, test, file):
-        """Of a program of GoogleTest's, asked for the tests beside a source alone, then for its folder's."""
+        """Of a program of GoogleTest's, asked for the tests beside a source alone, then for its folder's; for
+        all when the folder has none of its own."""
         folder = ROOT / "tests" / pathlib.Path(file).parent
         beside = folder / f"{pathlib.Path(file).stem}_test.cpp"
         for tests in ([beside] if beside.exists() else [], folder.glob("*_test.cpp")):
             suites = sorted({suite for each in tests for suite in suites_in(each.read_text())})
             if suites and (failing := self.tree.failures_of(test, *suites)):
                 return failing
-        return []
+        return [] if suites else self.tree.failures_of(test)
+
+    def failures_in(self, test, file):
+        is_own = test in nearest_of(file)[:1] and test not in self.commands
+        nearby = self.failures_nearby(test, file) if is_own else []
+        return nearby or ([] if is_own and self.near else self.failures_of(test))
 
     def in_order(self, tests, file):
         nearest = nearest_of(file)
         if self.near:
-            return nearest[:1]
+            return nearest
         others = sorted(set(tests) - set(nearest), key=lambda test: (self.tree.limits[test], test))
         return [*(test for test in nearest if test in tests), *others]
 
@@ -230,8 +240,7 @@ class Tester:
             for test in self.in_order(tests, mutant.file):
                 if self.tree.build(*self.targets_of(test)):
                     return DOES_NOT_COMPILE
-                nearby = [] if test in self.commands else self.failures_nearby(test, mutant.file)
-                if failing := nearby or (not self.near and self.failures_of(test)):
+                if failing := self.failures_in(test, mutant.file):
                     return failing[0]
         return ""
 
@@ -293,7 +302,7 @@ class FolderRun:
 
 def tests_of(folder, sources, near):
     if near:
-        return sorted({test for file in sources for test in nearest_of(file)[:1]})
+        return sorted({test for file in sources for test in nearest_of(file)})
     return TESTS[folder.split("/")[0]]
 
 

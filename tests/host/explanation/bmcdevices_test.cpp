@@ -49,6 +49,26 @@ TEST(BmcDevices, ARecordMayComeInPieces) {
   EXPECT_EQ(bytesOfHex("02 00 51 12 0B 20 00 00 08 00 00 00 07 01 00 C0"), devices[0].record);
 }
 
+TEST(BmcDevices, ARecordIsAsLongAsItSaysIfAllOfItWasRead) {
+  const struct {
+    const char* what;
+    const char* reply;
+    const char* record;
+  } kCases[] = {
+      {"a byte behind it is none of its own",
+       "01 20 2B 00 00  03 00 02 00 51 11 0C  20 05 80 00 00 10 00 0A 01 00 C1 41 EE",
+       "02 00 51 11 0C  20 05 80 00 00 10 00 0A 01 00 C1 41"},
+      {"its last byte was not read",
+       "01 20 2B 00 00  03 00 02 00 51 11 0C  20 05 80 00 00 10 00 0A 01 00 C1",
+       "02 00 51 11 0C  20 05 80 00 00 10 00 0A 01 00 C1"},
+  };
+  for (const auto& c : kCases) {
+    const auto devices = fruDevices({reply("0A 23", "00 00 02 00 00 FF", c.reply)});
+    ASSERT_EQ(1U, devices.size()) << c.what;
+    EXPECT_EQ(bytesOfHex(c.record), devices[0].record) << c.what;
+  }
+}
+
 TEST(BmcDevices, ShortRepliesAreNone) {
   EXPECT_TRUE(fruDevices({reply("0A 11", "05 00 00 02", "01 20 2B 00"),
                           reply("0A 23", "00 00 02 00 00 FF", "01 20 2B 00 00 03"),

@@ -304,6 +304,32 @@ TEST_F(CimNamespaceDeep, AnAbstractClassHasNoInstancesOfItsOwn) {
   EXPECT_EQ("7", outcome([&] { ns->addCompanion("T_Any", {}); }));
 }
 
+std::string complaint(const std::function<void()>& call) {
+  try {
+    call();
+  } catch (const TVELException& e) {
+    return e.what();
+  }
+  return "none";
+}
+
+TEST_F(CimNamespaceDeep, EachComplaintSaysWhatIsWrong) {
+  const auto ns = filled({"T_Other"});
+  const auto right = newInstance(ns, "T_Right");
+  const struct {
+    std::function<void()> call;
+    const char* complaint;
+  } kCases[] = {
+      {[&] { ns->GetClass("T_Nothing", {}); }, "no class T_Nothing"},
+      {[&] { ns->requestClass("T_Other")->CreateInstance(); }, "no class T_Other"},
+      {[&] { newInstance(ns, "T_Any"); }, "T_Any is abstract: it has no instances of its own"},
+      {[&] { right->GetProperty("Colour", {}); }, "T_Right has no property Colour"},
+      {[&] { right->SetProperty("Size", TCIMValue("1"), {}); }, "T_Right.Size is a uint8"},
+      {[&] { right->SetProperty("Name", TCIMValue("n"), {}); }, "none"},
+  };
+  for (const auto& c : kCases) EXPECT_EQ(c.complaint, complaint(c.call));
+}
+
 TEST_F(CimNamespaceDeep, ANamespaceKeepsTheSchemaThatItWasMadeWith) {
   const auto ns = filled();
   setSchema(nullptr);

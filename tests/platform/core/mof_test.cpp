@@ -84,6 +84,8 @@ TEST(Mof, IsReadInWhateverFormItIsWritten) {
       {"escapes", R"([Description("q\" b\\ t\t s\' \x41 \X42 \x20AC4 \xe9g")] class A_B {};)",
        "A_B d=q\" b\\ t\t s' A B \xE2\x82\xAC"
        "4 \xC3\xA9g p= inherited=0\n"},
+      {"escapes beside the surrogates", R"([Description("\xD7FF\xE000")] class A_B {};)",
+       "A_B d=\xED\x9F\xBF\xEE\x80\x80 p= inherited=0\n"},
       {"what looks like a comment in a text", "[Description(\"/* // */\")] class A_B {};",
        "A_B d=/* // */ p= inherited=0\n"},
       {"characters beyond ASCII", "[Description(\"M\xC3\xBCller \xF0\x9F\x96\xA5\")] class A_B {};",
