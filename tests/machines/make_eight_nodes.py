@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
 """Prints machines/eight-nodes.json: eight nodes of 64 DIMMs, each of its own maker and serial number.
+Whoever needs another number of either has machine().
 
 The instance number is one byte of the command and runs on from node to node, so 0 follows 255 and
 node 5 starts with number 1 again.
@@ -8,7 +9,6 @@ node 5 starts with number 1 again.
 
 import json
 
-NODES, DIMMS = 8, 64
 MAKERS = ["CE", "2C", "AD", "7F 98", "7F 7F 9E", "7F 94", "C1", "7F 7F 7F 7F CD"]  # JEP106
 
 
@@ -31,17 +31,17 @@ def firmware(sp):
                                      text("02/03/09", 8), "02", text("KPB00732", 8)])
     yield dot(sp, "04 03 05 07", f"{node:02X}")
     yield dot(sp, "04 03 05 01 01", [text("DVDSA", 5), "45", {"zeros": 7}, text("DSYT83A", 9),
-                                     text(f"KQ0K80{node}", 7), text(f"E990-00080{node}", 11),
+                                     text(f"KQ0K8{node:02}", 7), text(f"E990-0008{node:02}", 11),
                                      text("5040AC1", 7), "7F", text("06/30/09", 8),
                                      text("DSYT83A.IMG", 12), "02"])
-    yield dot(sp, "04 03 05 01", [{"zeros": 22}, text(f"KQ0K80{node}", 7),
-                                  text(f"E990-00080{node}", 11), text("5040AC1", 7), {"zeros": 9},
+    yield dot(sp, "04 03 05 01", [{"zeros": 22}, text(f"KQ0K8{node:02}", 7),
+                                  text(f"E990-0008{node:02}", 11), text("5040AC1", 7), {"zeros": 9},
                                   text("ABC123A.UPD", 12)])
 
 
-def dimms(sp):
-    for slot in range(DIMMS):
-        number = sp * DIMMS + slot + 1
+def dimms(sp, count):
+    for slot in range(count):
+        number = sp * count + slot + 1
         maker = bytes.fromhex(MAKERS[number % len(MAKERS)]).ljust(8, b"\0").hex(" ").upper()
         yield dot(sp, f"04 03 05 0B {number & 0xFF:02X}",
                   [{"zeros": 64}, maker, chr(ord("A") + slot % 26).encode().hex().upper(),
@@ -60,13 +60,13 @@ def boards(sp):
     yield dot(sp, "04 03 05 02 01", [text("PL" + tag, 6), text("KP-PL-0900", 12)], "10 00 10 00")
 
 
-def main():
-    commands = [entry for sp in range(NODES) for part in (firmware, dimms, boards)
-                for entry in part(sp)]
+def machine(name, nodes, dimms_of_each):
+    commands = [entry for sp in range(nodes)
+                for entry in (*firmware(sp), *dimms(sp, dimms_of_each), *boards(sp))]
     lines = ",\n".join("      " + json.dumps(entry) for entry in commands)
-    print(f"""{{
+    return f"""{{
   "format": "vel-machine/1",
-  "name": "eight nodes of 64 DIMMs",
+  "name": "{name}",
   "description": "Made by tests/machines/make_eight_nodes.py. The DIMM number is one byte and runs on over the nodes: 0 follows 255.",
   "machine_type": "5040",
   "smbios": {{
@@ -77,15 +77,19 @@ def main():
   }},
   "sp": {{
     "kind": "dot-command",
-    "count": {NODES},
-    "bmc_nodes": {NODES},
+    "count": {nodes},
+    "bmc_nodes": {nodes},
     "integrated_bmc": true,
-    "components": {{ "04 03 05 0B": {DIMMS}, "04 03 05 0C": 1, "04 03 05 0E": 1 }},
+    "components": {{ "04 03 05 0B": {dimms_of_each}, "04 03 05 0C": 1, "04 03 05 0E": 1 }},
     "dot_commands": [
 {lines}
     ]
   }}
-}}""")
+}}"""
+
+
+def main():
+    print(machine("eight nodes of 64 DIMMs", 8, 64))
 
 
 if __name__ == "__main__":

@@ -1,0 +1,87 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: Apache-2.0
+"""What a collection and a query of each format take, in instructions, held against budget.toml: neither
+more nor less than it says, by 3 %. What takes less now gets a smaller budget, or the next change could
+spend the difference unseen.
+
+The counts are those of one compiler and its libraries, which budget.toml names. With others nothing is
+compared.
+
+Usage: budget_test.py COSTPROBE MACHINES-FOLDER COMPILER    compares
+       budget_test.py COSTPROBE MACHINES-FOLDER COMPILER --renew    writes budget.toml anew
+"""
+import pathlib
+import platform
+import shlex
+import sys
+import tomllib
+
+import costs
+import growth
+
+BUDGET = pathlib.Path(__file__).resolve().parent / "budget.toml"
+MARGIN = 0.03
+SKIPPED = 77
+
+# What the plug-in is asked on, and the machine of which each format is written.
+COLLECTED = {"one node": "one-sp-everything", "two nodes": "two-nodes", "eight nodes": "eight-nodes"}
+QUERIED = "two-nodes"
+
+
+def deeds(machines):
+    """{what: (a deed, the deed without it)}"""
+    collections = {f"collection, {what}": [[word, machines / f"{name}.json"]
+                                           for word in ("collect", "ready")]
+                   for what, name in COLLECTED.items()}
+    queries = {f"query, {name}": [["velhost", "query", "--format", name,
+                                   "--machine", machines / f"{QUERIED}.json"]]
+               for name in growth.FORMATS}
+    return collections | queries
+
+
+def measured(probe, machines):
+    wanted = deeds(machines)
+    counts = iter(growth.counted(probe, [deed for row in wanted.values() for deed in row],
+                                 machines / f"{QUERIED}.json"))
+    return {what: next(counts) - sum(next(counts) for _ in row[1:]) for what, row in wanted.items()}
+
+
+def here(compiler):
+    return f"{compiler}, {' '.join(platform.libc_ver())}, {platform.machine()}"
+
+
+def text_of(compiler, counts):
+    rows = "".join(f'"{what}" = {count}\n' for what, count in counts.items())
+    return (f"# SPDX-License-Identifier: Apache-2.0\n#\n# Written by budget_test.py --renew.\n"
+            f'counted_with = "{here(compiler)}"\n\n[instructions]\n{rows}')
+
+
+def differences(budget, counts):
+    """A line for each count, and whether all are within their budgets."""
+    lines, good = [], set(budget) == set(counts)
+    for what, count in counts.items():
+        ratio = count / budget[what] if what in budget else float("inf")
+        within = abs(ratio - 1) <= MARGIN
+        good = good and within
+        lines.append(f"{what:26}{count:12}{ratio:8.3f}{'' if within else '  not within 3 %'}")
+    return lines, good
+
+
+def main():
+    probe, machines, compiler = sys.argv[1], pathlib.Path(sys.argv[2]), sys.argv[3]
+    if sys.argv[4:] == ["--renew"]:
+        BUDGET.write_text(text_of(compiler, measured(probe, machines)), encoding="utf-8")
+        return 0
+    budget = tomllib.loads(BUDGET.read_text(encoding="utf-8"))
+    if budget["counted_with"] != here(compiler):
+        print(f"the budget is for {budget['counted_with']}, this is {here(compiler)}")
+        return SKIPPED
+    lines, good = differences(budget["instructions"], measured(probe, machines))
+    print(f"{'':26}{'instructions':>12}{'budget':>8}", *lines, sep="\n")
+    if not good:
+        print(f"If that is meant, renew the budget: {shlex.join(['python3', *sys.argv])} --renew")
+    return 0 if good else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,149 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: Apache-2.0
+"""How what each command costs grows with the machine, and what a summary costs with the number of its
+files: instructions, and the exponent of the line that fits them best on logarithmic scales (1: twice the
+machine, twice the cost; 2: four times). What the command takes on a machine without any node, or for one
+file, is taken off first: a fixed cost in front would hide the growth.
+
+Usage: growth.py COSTPROBE
+"""
+import dataclasses
+import math
+import pathlib
+import sys
+import tempfile
+
+import costs
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "machines"))
+import make_eight_nodes  # noqa: E402
+
+DIMMS_OF_A_NODE = 128
+FORMATS = ["table", "json", "inventory", "ndjson", "csv", "openmetrics", "trace"]
+
+# The words behind velhost; FILE is the machine, OTHER one whose DIMMs are others.
+COMMANDS = {
+    "check": ["check", "FILE"],
+    **{f"query, {name}": ["query", "--format", name, "--machine", "FILE"] for name in FORMATS},
+    "record": ["record", "--machine", "FILE"],
+    "diff": ["diff", "FILE", "OTHER"],
+    "summary": ["summary", "FILE"],
+}
+# These go through the same machine in further ways.
+MORE_COMMANDS = {
+    "query, why": ["query", "--why", "--machine", "FILE"],
+    "record, redacted": ["record", "--redact", "--machine", "FILE"],
+    "explain": ["explain", "KRXSG_Vpd.SerialNumber", "--machine", "FILE"],
+    "report": ["report", "FILE", "OTHER", "--output", "PAGE"],
+}
+MANY_FILES = "summary of files"
+STATUSES = {0, 1, 3}  # answered, different, unanswered (a machine without nodes)
+
+
+@dataclasses.dataclass
+class Growth:
+    sizes: list
+    costs: list
+
+    def exponent(self):
+        """The slope of the least-squares line through the logarithms."""
+        xs, ys = ([math.log(value) for value in values] for values in (self.sizes, self.costs))
+        x_mean, y_mean = sum(xs) / len(xs), sum(ys) / len(ys)
+        return (sum((x - x_mean) * (y - y_mean) for x, y in zip(xs, ys))
+                / sum((x - x_mean) ** 2 for x in xs))
+
+
+class Machines:
+    """Machine files in a folder."""
+
+    def __init__(self, folder):
+        self.folder = pathlib.Path(folder)
+
+    def file(self, nodes, dimms=DIMMS_OF_A_NODE, name="server"):
+        return self.put(f"{name}-{nodes}-{dimms}", make_eight_nodes.machine(name, nodes, dimms))
+
+    def other(self, nodes):
+        text = make_eight_nodes.machine("server", nodes, DIMMS_OF_A_NODE)
+        return self.put(f"other-{nodes}", text.replace("P16G72", "P16G73"))
+
+    def put(self, name, text):
+        file = self.folder / f"{name}.json"
+        file.write_text(text, encoding="utf-8")
+        return file
+
+    def deed(self, command, nodes):
+        places = {"FILE": lambda: self.file(nodes), "OTHER": lambda: self.other(nodes),
+                  "PAGE": lambda: self.folder / "page.html"}
+        return ["velhost", *(places.get(word, lambda word=word: word)() for word in command)]
+
+    def summary(self, count):
+        return ["velhost", "summary", *(self.file(1, 1, f"server {i}") for i in range(count))]
+
+
+def counted(probe, deeds, machine):
+    told = costs.instructions(probe, deeds, machine)
+    for deed, (_, status) in zip(deeds, told):
+        if status not in STATUSES:
+            raise RuntimeError(f"{deed[1]} ends with {status}")
+    return [count for count, _ in told]
+
+
+def with_machines(probe, commands, nodes):
+    """{command: Growth over the number of DIMMs}"""
+    with tempfile.TemporaryDirectory() as folder:
+        machines = Machines(folder)
+        deeds = [machines.deed(command, count) for command in commands.values()
+                 for count in [0, *nodes]]
+        counts = iter(counted(probe, deeds, machines.file(1)))
+    growths = {}
+    for name in commands:
+        fixed, *rest = (next(counts) for _ in [0, *nodes])
+        growths[name] = Growth([count * DIMMS_OF_A_NODE for count in nodes],
+                               [cost - fixed for cost in rest])
+    return growths
+
+
+def with_files(probe, numbers):
+    """Growth of a summary over the number of its files."""
+    with tempfile.TemporaryDirectory() as folder:
+        machines = Machines(folder)
+        deeds = [machines.summary(count + 1) for count in [0, *numbers]]
+        fixed, *rest = counted(probe, deeds, machines.file(1))
+    return Growth(numbers, [cost - fixed for cost in rest])
+
+
+def summary_peaks(probe, numbers):
+    """How many KiB a summary of so many files has resident at most."""
+    with tempfile.TemporaryDirectory() as folder:
+        machines = Machines(folder)
+        told = costs.peaks(probe, [machines.summary(count) for count in numbers])
+    if any(status != 0 for _, status in told):
+        raise RuntimeError(f"a summary ends with {told}")
+    return [peak for peak, _ in told]
+
+
+def row(name, growth):
+    each = (f"{cost / size / 1e3:9.1f}" for size, cost in zip(growth.sizes, growth.costs))
+    return f"{name:18}{''.join(each)}{growth.exponent():10.3f}"
+
+
+def head(what, sizes):
+    return f"{what:18}{''.join(f'{size:9}' for size in sizes)}  exponent"
+
+
+def main():
+    probe = sys.argv[1]
+    print("Thousands of instructions for each DIMM of a machine with so many, and for each file:\n")
+    growths = with_machines(probe, COMMANDS | MORE_COMMANDS, [2, 4, 8, 16, 32, 64])
+    print(head("DIMMs", growths["check"].sizes))
+    for name, growth in growths.items():
+        print(row(name, growth))
+    files = with_files(probe, [100, 300, 1000])
+    print("\n" + head("files", files.sizes) + "\n" + row(MANY_FILES, files))
+    numbers = [100, 1000, 10000]
+    print("\n" + f"{'files':18}" + "".join(f"{number:9}" for number in numbers))
+    print(f"{'KiB at the peak':18}" + "".join(f"{peak:9}" for peak in summary_peaks(probe, numbers)))
+
+
+if __name__ == "__main__":
+    main()
