@@ -25,11 +25,17 @@ Bytes bytesGot(std::span<const unsigned char> buffer, std::size_t newBytes, std:
   return {got.begin(), got.end()};
 }
 
-// How far the buffer differs from what it was.
-std::size_t changedBytes(std::span<const unsigned char> buffer, const Bytes& before) {
-  const auto differ =
-      std::mismatch(buffer.rbegin(), buffer.rend(), before.rbegin(), before.rend()).first;
-  return static_cast<std::size_t>(buffer.rend() - differ);
+// How far the buffer differs from what it was. Most of it does not, and is passed over in large steps.
+std::size_t changedBytes(std::span<const unsigned char> buffer,
+                         std::span<const unsigned char> before) {
+  constexpr std::size_t kStep = 64;
+  std::size_t end = buffer.size();
+  const auto isSame = [&](std::size_t count) {
+    return std::ranges::equal(buffer.first(end).last(count), before.first(end).last(count));
+  };
+  while (end >= kStep && isSame(kStep)) end -= kStep;
+  while (end > 0 && isSame(1)) --end;
+  return end;
 }
 
 // The library clears an IPMI buffer behind the reply.

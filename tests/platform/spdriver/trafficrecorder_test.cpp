@@ -73,6 +73,22 @@ TEST(TrafficRecorder, DotCommands) {
   }
 }
 
+// Whatever the buffer's size, what was written last is found.
+TEST(TrafficRecorder, DotCommandsOfWhichNoLengthIsTold) {
+  for (const int size : {1, 63, 64, 65, 128, 150}) {
+    for (int written = 0; written <= size; ++written) {
+      const Bytes reply(static_cast<std::size_t>(written), 0x41);
+      TrafficRecorder recorder = recorderOf(SPKind::kDotCommand, {replyOf(reply, 0)});
+      const unsigned char command[] = {4, 3};
+      dotCmd request(2, 2, 0, command, nullptr);
+      Bytes buffer(static_cast<std::size_t>(size), 0);
+      int length = 99;
+      EXPECT_TRUE(recorder.sendDotCommand(&request, buffer.data(), &length, 1, size));
+      EXPECT_EQ(reply, recorder.takeTraffic().at(0).reply) << written << " of " << size;
+    }
+  }
+}
+
 TEST(TrafficRecorder, DotCommandWithoutBuffer) {
   TrafficRecorder recorder = recorderOf(SPKind::kDotCommand, {replyOf({1})});
   const unsigned char command[] = {4, 3};
