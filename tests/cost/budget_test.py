@@ -28,22 +28,27 @@ COLLECTED = {"one node": "one-sp-everything", "two nodes": "two-nodes", "eight n
 QUERIED = "two-nodes"
 
 
-def deeds(machines):
-    """{what: (a deed, the deed without it)}"""
-    collections = {f"collection, {what}": [[word, machines / f"{name}.json"]
-                                           for word in ("collect", "ready")]
-                   for what, name in COLLECTED.items()}
-    queries = {f"query, {name}": [["velhost", "query", "--format", name,
-                                   "--machine", machines / f"{QUERIED}.json"]]
-               for name in growth.FORMATS}
-    return collections | queries
+# What is counted on each of those machines, as the deed that has it and the one that lacks it alone.
+STEPS = {"collection": ("collect", "ready"), "its floor": ("repeat", "ready"),
+         "publication": ("ask", "collect")}
 
 
 def measured(probe, machines):
-    wanted = deeds(machines)
-    counts = iter(growth.counted(probe, [deed for row in wanted.values() for deed in row],
-                                 machines / f"{QUERIED}.json"))
-    return {what: next(counts) - sum(next(counts) for _ in row[1:]) for what, row in wanted.items()}
+    """{what: instructions}"""
+    steps = {f"{step}, {what}": [(word, machines / f"{name}.json") for word in words]
+             for what, name in COLLECTED.items() for step, words in STEPS.items()}
+    queries = {f"query, {name}": ("velhost", "query", "--format", name,
+                                  "--machine", machines / f"{QUERIED}.json")
+               for name in growth.FORMATS}
+    deeds = [*dict.fromkeys(deed for pair in steps.values() for deed in pair), *queries.values()]
+    counts = dict(zip(deeds, growth.counted(probe, deeds, machines / f"{QUERIED}.json")))
+    return ({what: counts[deed] - counts[without] for what, (deed, without) in steps.items()}
+            | {what: counts[deed] for what, deed in queries.items()})
+
+
+def ratios(counts):
+    """A collection, divided by its floor: the same calls of the platform without a plug-in."""
+    return {what: counts[f"collection, {what}"] / counts[f"its floor, {what}"] for what in COLLECTED}
 
 
 def here(compiler):
@@ -76,8 +81,11 @@ def main():
     if budget["counted_with"] != here(compiler):
         print(f"the budget is for {budget['counted_with']}, this is {here(compiler)}")
         return SKIPPED
-    lines, good = differences(budget["instructions"], measured(probe, machines))
+    counts = measured(probe, machines)
+    lines, good = differences(budget["instructions"], counts)
     print(f"{'':26}{'instructions':>12}{'budget':>8}", *lines, sep="\n")
+    for what, ratio in ratios(counts).items():
+        print(f"collection / its floor, {what}: {ratio:.3f}")
     if not good:
         print(f"If that is meant, renew the budget: {shlex.join(['python3', *sys.argv])} --renew")
     return 0 if good else 1

@@ -7,8 +7,12 @@
 //   warm ARGS...       velhost with these words, in the process itself: a tool that translates code
 //                      has done so for the deeds that follow
 //   velhost ARGS...    the same in a process of its own
-//   ready MACHINE      the firmware collector loaded on that machine, and Init
-//   collect MACHINE    the same, and everything asked for
+//   ready MACHINE      the firmware collector loaded on that machine and Init, after its calls of the
+//                      platform were listed in a collection before
+//   collect MACHINE    the same, and a collection without publication
+//   ask MACHINE        the same, and everything asked for, which publishes too
+//   repeat MACHINE     what `ready` does, and the calls made once more without the plug-in, but for log
+//                      entries
 //
 // A line of standard output for each deed but `warm`: the number of a process that did nothing, that of
 // the deed's process, its exit status, and how many KiB it had resident at most. What the deeds print goes
@@ -19,6 +23,7 @@
 #include <unistd.h>
 
 #include <iostream>
+#include <map>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -30,6 +35,7 @@
 #include "host/commandline/commandline.h"
 #include "host/commandline/commands.h"
 #include "host/commandline/failure.h"
+#include "tests/support/platformcalls.h"
 #include "tests/support/pluginonmachine.h"
 
 namespace {
@@ -51,22 +57,39 @@ int runVelhost(Words words) {
   return std::visit([](const auto& parsed) { return velhost::run(parsed); }, command);
 }
 
-// Leaves before anything is taken down: that is no part of what was asked for.
-int askPlugin(const std::string& machine, bool collects) {
+using NKRXVEL20::ICIMNamespace;
+using velhost::PlatformCalls;
+using velhost::PluginOnMachine;
+
+struct Asked {
+  PluginOnMachine plugin;
+  PlatformCalls calls;
+};
+
+const std::map<std::string, void (*)(Asked&)> kDeedsOnMachines = {
+    {"ready", [](Asked&) {}},
+    {"collect", [](Asked& asked) { asked.plugin.collect(asked.plugin.ns()); }},
+    {"ask", [](Asked& asked) { asked.plugin.getData(); }},
+    {"repeat", [](Asked& asked) { velhost::repeated(asked.calls, *asked.plugin.ns()); }},
+};
+
+// All begin alike, also in what the heap is like. Leaves before anything is taken down: that is no part of
+// what was asked for.
+[[noreturn]] void doOnMachine(void (*deed)(Asked&), const std::string& machine) {
   velhost::useSchema(velhost::programFolder());
-  velhost::PluginOnMachine plugin(machine);
-  plugin.load();
-  plugin.init();
-  if (collects) plugin.getData();
+  auto calls = velhost::withoutLog(velhost::callsOfCollection(machine));
+  Asked asked{PluginOnMachine(machine), std::move(calls)};
+  asked.plugin.load();
+  asked.plugin.init();
+  deed(asked);
   _exit(0);
 }
 
-int done(const Words& deed) {
+int done(const Words& words) {
   try {
-    if (deed.at(0) == "ready" || deed[0] == "collect") {
-      return askPlugin(deed.at(1), deed[0] == "collect");
-    }
-    return runVelhost(deed);
+    const auto deed = kDeedsOnMachines.find(words.at(0));
+    if (deed == kDeedsOnMachines.end()) return runVelhost(words);
+    doOnMachine(deed->second, words.at(1));
   } catch (...) {
     return velhost::tellFailure();
   }

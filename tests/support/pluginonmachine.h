@@ -26,7 +26,11 @@ class PluginOnMachine {
 
   void load();
   void init() { plugin_->callbacks().Init(); }
-  // The first one behind init() collects.
+  // The first of these behind init() collects. The second publishes too.
+  void collect(const boost::shared_ptr<NKRXVEL20::ICIMNamespace>& ns) {
+    std::vector<boost::shared_ptr<NKRXVEL20::ICIMClass>> none;
+    plugin_->query().GetData(ns, none);
+  }
   void getData() { plugin_->query().GetData(namespace_, classes_); }
 
   const boost::shared_ptr<NKRXVEL20::host::CimNamespace>& ns() const { return namespace_; }
