@@ -88,7 +88,7 @@ void DescriptorWalk::walkSP(int spIndex) {
       continue;
     }
     if (!startFields()) return;
-    records_.push_back({{command.className, readGroup(command.className, spIndex)}});
+    records_.emplace_back().emplace(command.className, readGroup(command.className, spIndex));
     ++lineIndex_;
   } while (hasLine());
 }

@@ -17,7 +17,9 @@ namespace {
 // What an instance holds, apart from the handles to it: the namespace keeps these, and a handle
 // keeps the namespace's state, so that neither keeps itself alive.
 struct InstanceData {
-  explicit InstanceData(const ClassSchema& itsClass) : cimClass(&itsClass) {}
+  explicit InstanceData(const ClassSchema& itsClass) : cimClass(&itsClass) {
+    properties.reserve(itsClass.properties.size());
+  }
 
   const ClassSchema* cimClass;
   PropertyList properties;
