@@ -38,7 +38,8 @@ NOT_RUN = {
         "tools/build-packages",
         "tools/test-packages",
         "cmake --preset dev && cmake --build --preset dev && ctest --preset dev",
-        "cmake --preset release -DSPFW_BENCH=ON && cmake --build --preset release",
+        "bench/table",
+        "bench/build && build-bench/bin/collection_bench --benchmark_filter=8x64",
     ],
     "the build folder may be another one than that of this test": [
         "ctest --preset dev -R '^documents$'",
@@ -55,8 +56,7 @@ NOT_RUN = {
         "tests/mutation/mutate.py --near --folder platform --count 40",
         "tests/mutation/mutate.py --near --folder smbios --folder spcommand --folder peripheral "
         "--folder vpd --count 20",
-        "build/bin/query_bench",
-        "build/bin/firstread_bench",
+        "build-bench/bin/firstread_bench",
         "build/tests/plugin_sweep_tests",
         "build/tests/files_sweep_tests",
         "build/tests/ipmidevice_sweep_tests",

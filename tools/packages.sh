@@ -9,6 +9,7 @@ test_packages=(libgtest-dev libgmock-dev librapidcheck-dev pkgconf python3 pytho
   python3-prometheus-client python3-html5lib dmidecode valgrind jq man-db mandoc)
 browser_packages=(chromium-headless-shell poppler-utils)
 fleet_packages=(prometheus prometheus-alertmanager prometheus-node-exporter systemd strace)
+bench_packages=(valgrind python3 dpkg-dev)
 packaging_packages=(dpkg-dev debhelper lintian debootstrap autopkgtest)
 vm_packages=(qemu-system-x86 busybox-static openipmi libopenipmi-dev ipmitool)
 sanitizer_packages=(clang libclang-rt-dev)

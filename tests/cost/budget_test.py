@@ -33,22 +33,29 @@ STEPS = {"collection": ("collect", "ready"), "its floor": ("repeat", "ready"),
          "publication": ("ask", "collect")}
 
 
-def measured(probe, machines):
-    """{what: instructions}"""
-    steps = {f"{step}, {what}": [(word, machines / f"{name}.json") for word in words]
-             for what, name in COLLECTED.items() for step, words in STEPS.items()}
-    queries = {f"query, {name}": ("velhost", "query", "--format", name,
-                                  "--machine", machines / f"{QUERIED}.json")
-               for name in growth.FORMATS}
-    deeds = [*dict.fromkeys(deed for pair in steps.values() for deed in pair), *queries.values()]
-    counts = dict(zip(deeds, growth.counted(probe, deeds, machines / f"{QUERIED}.json")))
-    return ({what: counts[deed] - counts[without] for what, (deed, without) in steps.items()}
-            | {what: counts[deed] for what, deed in queries.items()})
+def collections(probe, machines):
+    """{what: instructions} of each step on each of the machines, {what: file}"""
+    steps = {f"{step}, {what}": [(word, file) for word in words]
+             for what, file in machines.items() for step, words in STEPS.items()}
+    deeds = [*dict.fromkeys(deed for pair in steps.values() for deed in pair)]
+    counts = dict(zip(deeds, growth.counted(probe, deeds, next(iter(machines.values())))))
+    return {what: counts[deed] - counts[without] for what, (deed, without) in steps.items()}
 
 
-def ratios(counts):
+def queries(probe, machine):
+    deeds = [["velhost", "query", "--format", name, "--machine", machine] for name in growth.FORMATS]
+    return dict(zip((f"query, {name}" for name in growth.FORMATS),
+                    growth.counted(probe, deeds, machine)))
+
+
+def measured(probe, folder):
+    collected = {what: folder / f"{name}.json" for what, name in COLLECTED.items()}
+    return collections(probe, collected) | queries(probe, folder / f"{QUERIED}.json")
+
+
+def ratio(counts, what):
     """A collection, divided by its floor: the same calls of the platform without a plug-in."""
-    return {what: counts[f"collection, {what}"] / counts[f"its floor, {what}"] for what in COLLECTED}
+    return counts[f"collection, {what}"] / counts[f"its floor, {what}"]
 
 
 def here(compiler):
@@ -84,8 +91,8 @@ def main():
     counts = measured(probe, machines)
     lines, good = differences(budget["instructions"], counts)
     print(f"{'':26}{'instructions':>12}{'budget':>8}", *lines, sep="\n")
-    for what, ratio in ratios(counts).items():
-        print(f"collection / its floor, {what}: {ratio:.3f}")
+    for what in COLLECTED:
+        print(f"collection / its floor, {what}: {ratio(counts, what):.3f}")
     if not good:
         print(f"If that is meant, renew the budget: {shlex.join(['python3', *sys.argv])} --renew")
     return 0 if good else 1

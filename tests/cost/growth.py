@@ -18,7 +18,6 @@ import costs
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "machines"))
 import make_eight_nodes  # noqa: E402
 
-DIMMS_OF_A_NODE = 128
 FORMATS = ["table", "json", "inventory", "ndjson", "csv", "openmetrics", "trace"]
 
 # The words behind velhost; FILE is the machine, OTHER one whose DIMMs are others.
@@ -59,20 +58,20 @@ class Machines:
     def __init__(self, folder):
         self.folder = pathlib.Path(folder)
 
-    def file(self, nodes, dimms=DIMMS_OF_A_NODE, name="server"):
+    def file(self, nodes, dimms, name="server"):
         return self.put(f"{name}-{nodes}-{dimms}", make_eight_nodes.machine(name, nodes, dimms))
 
-    def other(self, nodes):
-        text = make_eight_nodes.machine("server", nodes, DIMMS_OF_A_NODE)
-        return self.put(f"other-{nodes}", text.replace("P16G72", "P16G73"))
+    def other(self, nodes, dimms):
+        text = make_eight_nodes.machine("server", nodes, dimms)
+        return self.put(f"other-{nodes}-{dimms}", text.replace("P16G72", "P16G73"))
 
     def put(self, name, text):
         file = self.folder / f"{name}.json"
         file.write_text(text, encoding="utf-8")
         return file
 
-    def deed(self, command, nodes):
-        places = {"FILE": lambda: self.file(nodes), "OTHER": lambda: self.other(nodes),
+    def deed(self, command, size):
+        places = {"FILE": lambda: self.file(*size), "OTHER": lambda: self.other(*size),
                   "PAGE": lambda: self.folder / "page.html"}
         return ["velhost", *(places.get(word, lambda word=word: word)() for word in command)]
 
@@ -88,17 +87,17 @@ def counted(probe, deeds, machine):
     return [count for count, _ in told]
 
 
-def with_machines(probe, commands, nodes):
-    """{command: Growth over the number of DIMMs}"""
+def with_machines(probe, commands, sizes):
+    """{command: Growth over the number of DIMMs} for machines of so many nodes with so many DIMMs each."""
     with tempfile.TemporaryDirectory() as folder:
         machines = Machines(folder)
-        deeds = [machines.deed(command, count) for command in commands.values()
-                 for count in [0, *nodes]]
-        counts = iter(counted(probe, deeds, machines.file(1)))
+        deeds = [machines.deed(command, size) for command in commands.values()
+                 for size in [(0, 0), *sizes]]
+        counts = iter(counted(probe, deeds, machines.file(1, 1)))
     growths = {}
     for name in commands:
-        fixed, *rest = (next(counts) for _ in [0, *nodes])
-        growths[name] = Growth([count * DIMMS_OF_A_NODE for count in nodes],
+        fixed, *rest = (next(counts) for _ in [(0, 0), *sizes])
+        growths[name] = Growth([nodes * dimms for nodes, dimms in sizes],
                                [cost - fixed for cost in rest])
     return growths
 
@@ -108,7 +107,7 @@ def with_files(probe, numbers):
     with tempfile.TemporaryDirectory() as folder:
         machines = Machines(folder)
         deeds = [machines.summary(count + 1) for count in [0, *numbers]]
-        fixed, *rest = counted(probe, deeds, machines.file(1))
+        fixed, *rest = counted(probe, deeds, machines.file(1, 1))
     return Growth(numbers, [cost - fixed for cost in rest])
 
 
@@ -131,14 +130,14 @@ def head(what, sizes):
     return f"{what:18}{''.join(f'{size:9}' for size in sizes)}  exponent"
 
 
-def main():
-    probe = sys.argv[1]
+def report(probe):
     print("Thousands of instructions for each DIMM of a machine with so many, and for each file:\n")
-    growths = with_machines(probe, COMMANDS | MORE_COMMANDS, [2, 4, 8, 16, 32, 64])
+    sizes = [(2, 8), (2, 32), (2, 128), (8, 128), (32, 128), (64, 128)]
+    growths = with_machines(probe, COMMANDS | MORE_COMMANDS, sizes)
     print(head("DIMMs", growths["check"].sizes))
     for name, growth in growths.items():
         print(row(name, growth))
-    files = with_files(probe, [100, 300, 1000])
+    files = with_files(probe, [30, 100, 300])
     print("\n" + head("files", files.sizes) + "\n" + row(MANY_FILES, files))
     numbers = [100, 1000, 10000]
     print("\n" + f"{'files':18}" + "".join(f"{number:9}" for number in numbers))
@@ -146,4 +145,4 @@ def main():
 
 
 if __name__ == "__main__":
-    main()
+    report(sys.argv[1])

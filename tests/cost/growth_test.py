@@ -15,7 +15,7 @@ PROBE = sys.argv.pop(1)
 
 # A search in a sorted index grows by a little more than 1, one in a list by more than this.
 MOST = 1.1
-NODES = [2, 16]
+SIZES = [(2, 128), (16, 128)]  # nodes, DIMMs of each
 FILES = [3, 24]
 MORE_FILES = [50, 500]
 MOST_KIB_OF_A_FILE = 2  # its name, and those of what it has
@@ -37,7 +37,7 @@ class Lines(unittest.TestCase):
             self.assertLessEqual(grown.exponent(), MOST)
 
     def test_with_the_machine(self):
-        growths = growth.with_machines(PROBE, growth.COMMANDS, NODES)
+        growths = growth.with_machines(PROBE, growth.COMMANDS, SIZES)
         print(growth.head("DIMMs", growths["check"].sizes))
         for name, grown in growths.items():
             self.check(name, grown)

@@ -35,6 +35,9 @@ PluginOnMachine::~PluginOnMachine() {
   host::setMachineType(std::nullopt);
 }
 
-void PluginOnMachine::load() { plugin_ = loader_.load(PLUGIN_FILE); }
+void PluginOnMachine::load() {
+  plugin_.reset();
+  plugin_ = loader_.load(PLUGIN_FILE);
+}
 
 }  // namespace velhost

@@ -24,7 +24,7 @@ class PluginOnMachine {
   PluginOnMachine(const PluginOnMachine&) = delete;
   PluginOnMachine& operator=(const PluginOnMachine&) = delete;
 
-  void load();
+  void load();  // unloads the one that was loaded before
   void init() { plugin_->callbacks().Init(); }
   // The first of these behind init() collects. The second publishes too.
   void collect(const boost::shared_ptr<NKRXVEL20::ICIMNamespace>& ns) {
