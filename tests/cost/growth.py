@@ -121,9 +121,11 @@ def summary_peaks(probe, numbers):
     return [peak for peak, _ in told]
 
 
-def row(name, growth):
+def row(name, growth, fitted=0):
+    """The cost of each, and the exponent from the fitted-th size on."""
     each = (f"{cost / size / 1e3:9.1f}" for size, cost in zip(growth.sizes, growth.costs))
-    return f"{name:18}{''.join(each)}{growth.exponent():10.3f}"
+    exponent = Growth(growth.sizes[fitted:], growth.costs[fitted:]).exponent()
+    return f"{name:18}{''.join(each)}{exponent:10.3f}"
 
 
 def head(what, sizes):
@@ -131,12 +133,13 @@ def head(what, sizes):
 
 
 def report(probe):
-    print("Thousands of instructions for each DIMM of a machine with so many, and for each file:\n")
+    print("Thousands of instructions for each DIMM of a machine with so many, and for each file; the fit is"
+          " that of the\nmachines with 128 DIMMs a node, as those with few cost more for their nodes:\n")
     sizes = [(2, 8), (2, 32), (2, 128), (8, 128), (32, 128), (64, 128)]
     growths = with_machines(probe, COMMANDS | MORE_COMMANDS, sizes)
     print(head("DIMMs", growths["check"].sizes))
     for name, growth in growths.items():
-        print(row(name, growth))
+        print(row(name, growth, fitted=2))
     files = with_files(probe, [30, 100, 300])
     print("\n" + head("files", files.sizes) + "\n" + row(MANY_FILES, files))
     numbers = [100, 1000, 10000]
