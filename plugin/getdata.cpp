@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
+#include <array>
 #include <optional>
 
 #include "collectors/support/corelog.h"
@@ -20,7 +21,7 @@ constexpr std::size_t kSystemBiosIndex = 8;  // accepted, and has no list of ins
 constexpr char kcKVMLevelUnread[] = "1.3.11.37";
 
 // The lists in the order of the class names.
-constexpr std::array<SPFirmwareVpd::InstanceList SPFirmwareVpd::*, 10> kInstanceLists = {
+constexpr auto kInstanceLists = std::to_array<SPFirmwareVpd::InstanceList SPFirmwareVpd::*>({
     &SPFirmwareVpd::diagnosticVpdInstances,
     &SPFirmwareVpd::postBiosVpdInstances,
     &SPFirmwareVpd::systemBiosElementInstances,
@@ -31,7 +32,8 @@ constexpr std::array<SPFirmwareVpd::InstanceList SPFirmwareVpd::*, 10> kInstance
     &SPFirmwareVpd::deviceDriverInstances,
     nullptr,
     &SPFirmwareVpd::cKVMInstances,
-};
+});
+static_assert(kInstanceLists.size() == std::tuple_size_v<decltype(SPFirmwareVpd::classNames)>);
 static_assert(kInstanceLists[kSystemBiosIndex] == nullptr);
 
 std::optional<std::size_t> publishedClassIndex(const std::array<std::string, 10>& classNames,
