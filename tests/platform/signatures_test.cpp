@@ -129,5 +129,9 @@ static_assert(is<bool (SPLibrary::*)(TamberCmd*, int*, Bytes)>(&SPLibrary::sendT
 static_assert(is<bool (SPLibrary::*)(Bytes, int*, int, bool)>(&SPLibrary::sendIPMICommand));
 static_assert(is<void (SPLibrary::*)(ReadBytes, int)>(&SPLibrary::printMatrix));
 
+// ---- the numbers that plug-ins of other builds were compiled with
+static_assert(kSmBiosRead == 0 && kSmBiosReadFailed == 3 && kSmBiosNoMore == 5);
+static_assert(kSeverityFailure == 0 && kSeverityPrevented == 1 && kSeverityProgress == 3);
+
 }  // namespace
 }  // namespace NKRXVEL20
