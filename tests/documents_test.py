@@ -52,10 +52,12 @@ NOT_RUN = {
         "tests/fuzz/fuzz_long 3600 machinefile_fuzz",
         "RC_PARAMS=\"seed=$RANDOM max_success=10000\" build/tests/properties_tests "
         "--gtest_filter='*Redaction*'",
-        "tests/mutation/mutate.py --near --folder host --count 60",
-        "tests/mutation/mutate.py --near --folder platform --count 40",
-        "tests/mutation/mutate.py --near --folder smbios --folder spcommand --folder peripheral "
-        "--folder vpd --count 20",
+        "tests/mutation/mutate.py --near --folder plugin --folder smbios --folder spcommand "
+        "--folder peripheral --folder vpd --folder collectors --count 20",
+        "tests/mutation/mutate.py --near --folder platform --folder host --count 40",
+        "tests/mutation/mutate.py --near --seed 2 --folder collectors --folder plugin --folder platform "
+        "--folder host --count 20",
+        "tests/mutation/mutate.py --near --folder spcommand --count 20",
         "build-bench/bin/firstread_bench",
         "build/tests/plugin_sweep_tests",
         "build/tests/files_sweep_tests",
