@@ -71,11 +71,13 @@ Origins neededSources(const ClassSchema& cimClass) {
   return sources.empty() ? allSources(cimClass) : sources;
 }
 
-Origins ofSource(const Origins& origins, Source source) {
-  Origins some;
-  std::ranges::copy_if(origins, std::back_inserter(some),
-                       [&](const Origin& origin) { return origin.source == source; });
-  return some;
+// Each source is taken once.
+Origins takeSource(Origins& origins, Source source) {
+  Origins taken;
+  for (Origin& origin : origins) {
+    if (origin.source == source) taken.push_back(std::move(origin));
+  }
+  return taken;
 }
 
 // Sources that only their collector sees.
@@ -120,9 +122,9 @@ bool holdsForOne(const Origin& origin, const ClassOutcome& outcome) {
 // What each kind of source has to say to a class without instances.
 std::vector<Verdict> verdictsOfNeeded(const Case& c) {
   std::vector<Verdict> verdicts;
-  const Origins needed = neededSources(c.cimClass);
+  Origins needed = neededSources(c.cimClass);
   for (const SourceRow& row : kSources) {
-    const Origins origins = ofSource(needed, row.source);
+    const Origins origins = takeSource(needed, row.source);
     if (!origins.empty()) verdicts.push_back(row.verdict(origins, c.seen));
   }
   return verdicts;
@@ -131,9 +133,9 @@ std::vector<Verdict> verdictsOfNeeded(const Case& c) {
 // The same to one that has instances: only what may have been read for one of them.
 std::vector<Verdict> verdictsOfInstances(const Case& c) {
   std::vector<Verdict> verdicts;
-  const Origins all = allSources(c.cimClass);
+  Origins all = allSources(c.cimClass);
   for (const SourceRow& row : kSources) {
-    Origins origins = ofSource(all, row.source);
+    Origins origins = takeSource(all, row.source);
     std::erase_if(origins, [&](const Origin& origin) {
       return !row.isAskedPieceByPiece && !holdsForOne(origin, c.outcome);
     });
@@ -306,9 +308,9 @@ std::vector<std::string> failedSteps(const ClassSchema& cimClass, const ClassOut
   std::vector<std::string> steps;
   if (!outcome.failure.empty()) steps.push_back(outcome.failure);
   addRefusedCalls({cimClass, outcome, seen}, steps);
-  const Origins all = allSources(cimClass);
+  Origins all = allSources(cimClass);
   for (const SourceRow& row : kSources) {
-    const Origins origins = ofSource(all, row.source);
+    const Origins origins = takeSource(all, row.source);
     if (!origins.empty()) addSource(origins, row, seen, steps);
   }
   for (std::string& step : steps) step = reasonLine(step);

@@ -2,6 +2,7 @@
 #include "host/reasons/origin.h"
 
 #include <algorithm>
+#include <boost/container/small_vector.hpp>
 #include <charconv>
 #include <string>
 #include <utility>
@@ -9,11 +10,10 @@
 namespace velhost {
 namespace {
 
-using Elements = std::vector<std::string_view>;
+using Elements = boost::container::small_vector<std::string_view, 8>;  // more than any line has
 
 Elements split(std::string_view text, std::string_view separator) {
   Elements parts;
-  parts.reserve(8);  // more than any line has
   for (std::size_t end = text.find(separator); end != std::string_view::npos;
        end = text.find(separator)) {
     parts.push_back(text.substr(0, end));
