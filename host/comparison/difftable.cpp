@@ -127,10 +127,13 @@ class DifferenceText {
     for (const PropertyChange& property : change.properties) {
       const std::string old = valueText(cimClass, property, property.before);
       const std::string now = valueText(cimClass, property, property.after);
-      line("    " + shortened(visible(property.name), kLongestName) + "  ",
+      line("    " + shortened(visible(property.name), mostOfAName()) + "  ",
            around(old, now) + kArrow + around(now, old));
     }
   }
+
+  // Half of a narrow screen is left to the values behind it.
+  std::size_t mostOfAName() const { return std::min(kLongestName, width_ / 2); }
 
   void whole(std::string_view lead, const PublishedInstance& instance) {
     const std::string detail = instanceDetail(instance);

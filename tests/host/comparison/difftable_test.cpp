@@ -70,6 +70,21 @@ TEST(DiffTable, OfALongValueItsFirstDifferenceIsShown) {
             shown);
 }
 
+// Three points stand for the middle of a name that would leave the values no room: of 40 columns it
+// has 20.
+TEST(DiffTable, ALongNameLeavesANarrowScreenRoomForTheValues) {
+  const auto findings = [](const char* value) {
+    return findingsWith("KRXSG_SystemBIOSElement", {{{"SourceNode", TCIMValue(std::uint8_t{1})},
+                                                     {"Name", TCIMValue("UEFI")},
+                                                     {std::string(32, 'n'), TCIMValue(value)}}});
+  };
+  const Findings before = findings("1.08");
+  const Findings after = findings("1.09");
+  const std::string text =
+      differenceTable({"old.json", before}, {"new.json", after}, compared(before, after), 40);
+  EXPECT_NE(std::string::npos, text.find("\n    nnnnnnnnn...nnnnnnnn  1.08 -> 1.09\n")) << text;
+}
+
 TEST(DiffTable, WhatCameWentAndMoved) {
   Findings before = findingsWith("KRXSG_Vpd", {dimm("DIMM 1", "A"), dimm("DIMM 3", "C")});
   Findings after = findingsWith("KRXSG_Vpd", {dimm("DIMM 2", "A"), dimm("DIMM 4", "D")});
