@@ -24,10 +24,10 @@ enum class Empty { kKeep, kSpace };
 std::string orSpace(std::string text, Empty empty = Empty::kSpace);
 
 struct TextField {
-  const char* property;
-  std::size_t offset;
-  std::size_t length;
-  const char* failureText;  // logged when the framework refuses the value
+  const char* property{};
+  std::size_t offset{};
+  std::size_t length{};
+  const char* failureText{};  // logged when the framework refuses the value
   Empty empty = Empty::kKeep;
 };
 
